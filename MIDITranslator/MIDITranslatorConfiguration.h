@@ -1,0 +1,87 @@
+#ifndef MIDITRANSLATORCONFIGURATION_H
+#define MIDITRANSLATORCONFIGURATION_H
+
+#include "Common/MIDI/MIDIMatch/MIDIMatchPattern.h"
+#include "MIDITranslator/MIDITranslatorRule.h"
+#include "MIDITranslator/MIDITranslatorVariable.h"
+
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QList>
+#include <QObject>
+#include <QString>
+
+class cMIDIInputMatcher;
+class cMIDIInputOutput;
+class cSystemMIDIConfiguration;
+
+// Holds one loaded rule file and everything built from it: the virtual ports
+// it publishes, its port aliases, variables and rules, and one input matcher
+// per real incoming port. Matchers call back MIDIMatchTriggered, which turns a
+// match into the rule's output and writes it to the rule's outgoing ports.
+class cMIDITranslatorConfiguration : public QObject, public cMIDIMatchTriggerListener
+{
+    Q_OBJECT
+public:
+    // Takes ownership of the port registry; the application passes the
+    // platform's own, tests and tools an in-memory one.
+    explicit cMIDITranslatorConfiguration(cSystemMIDIConfiguration* systemMIDIConfiguration, QObject* parent = nullptr);
+    ~cMIDITranslatorConfiguration() override;
+
+    void LoadFromFile(QString path);
+    void Unload();
+
+    QString GetInputPortNameFromAlias(QString name) const;
+    QString GetOutputPortNameFromAlias(QString name) const;
+    QList<cMIDITranslatorRule> GetMIDITranslatorRules() const;
+    const QList<cMIDITranslatorVariable>& GetMIDITranslatorVariables() const;
+    cSystemMIDIConfiguration* GetSystemMIDIConfiguration() const;
+
+    void MIDIMatchTriggered(int id, const std::vector<unsigned char>& bytes) override;
+
+    QString GetMixerInputPortName() const;
+    QString GetMixerOutputPortName() const;
+    void SetMixerInputPortName(QString name);
+    void SetMixerOutputPortName(QString name);
+    void SetTCPMIDIInputOutput(cMIDIInputOutput* link);
+
+    unsigned char GetVariableValue(QString name) const;
+    void SetVariableValue(QString name, unsigned char value);
+
+    void WriteChangesToFile();
+    void WriteVariableValueToFile(QString variableName, unsigned char value);
+    void WritePortNameAliasToFile(QString alias, QString type, QString name);
+
+signals:
+    void MixerMIDIInputRead();
+    void MixerMIDIOutputWrite();
+
+private:
+    QJsonDocument GetJsonDocumentFromFilePath(QString path);
+    void ProcessVirtualPortsArray(QJsonArray array);
+    void ProcessPortAliasesArray(QJsonArray array);
+    void ProcessPortAliasObject(QJsonObject object);
+    void ProcessVariablesArray(QJsonArray array);
+    void ProcessRulesArray(QJsonArray array);
+    void CreateMIDIInputMatchers();
+    void DestroyMIDIInputMatchers();
+
+    cSystemMIDIConfiguration* systemMIDIConfiguration;
+    QList<QString> virtualPortNames;
+    QHash<QString, QString> inputAliases;
+    QHash<QString, QString> outputAliases;
+    QHash<QString, cMIDIInputMatcher*> inputMatchers;
+    QList<cMIDITranslatorRule> rules;
+    QList<cMIDITranslatorVariable> variables;
+    QJsonDocument document;
+    QString filePath;
+};
+
+// The fixed names that tie a rule file to the mixer.
+extern const char* const MIXER_IN_ALIAS;
+extern const char* const MIXER_OUT_ALIAS;
+extern const char* const TCP_MIDI_PORT_NAME;
+
+#endif

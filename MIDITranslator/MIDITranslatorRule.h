@@ -1,0 +1,85 @@
+#ifndef MIDITRANSLATORRULE_H
+#define MIDITRANSLATORRULE_H
+
+#include "Common/MIDI/MIDIMatch/MIDIMatchPattern.h"
+#include "MIDITranslator/MIDITranslatorVariable.h"
+
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+class cMIDITranslatorConfiguration;
+
+// One translation rule: an incoming MIDI string heard on some ports, and an
+// outgoing MIDI string sent to others. Both strings are compiled once, when
+// the rule is loaded: the incoming one into a match pattern, the outgoing one
+// into a translation map that says where each output nibble comes from.
+class cMIDITranslatorRule
+{
+public:
+    struct sTranslateNibble
+    {
+        UBYTE value = 0;
+        int inputNibbleIndex = -1;
+        QString variableName;
+        bool useHighNibble = false;
+    };
+
+    explicit cMIDITranslatorRule(const cMIDITranslatorConfiguration* configuration = nullptr);
+
+    int GetIndentifier() const;
+    void SetIdentifier(int identifier);
+    QString GetName() const;
+    void SetName(QString name);
+    QString GetIncomingMIDIString() const;
+    void SetIncomingMIDIString(QString midi);
+    QList<QString> GetIncomingPortsList() const;
+    void SetIncomingPorts(QList<QString> ports);
+    QString GetOutgoingMIDIString() const;
+    void SetOutgoingMIDIString(QString midi);
+    QList<QString> GetOutgoingPortsList() const;
+    void SetOutgoingPorts(QList<QString> ports);
+    void SetLocalVariablesList(QStringList variables);
+    bool GetIncomingReliesOnGlobalVariable(QString name) const;
+
+    const sMIDIMatchByteListIdentifier& GetMIDIMatchNibbleListIdentifier() const;
+    void GetMIDIOutputFromMIDIInput(std::vector<unsigned char>& output, const std::vector<unsigned char>& input) const;
+
+    // Compilation (run by the loader, and again when a global variable changes).
+    void CreateMIDIMatchByteListIdentifier();
+    void CreateTranslationMap();
+
+    // The rule MIDI string language.
+    static bool ValidateIncomingMidiByteStringList(QStringList tokens, const QList<cMIDITranslatorVariable>& variables,
+                                                   QStringList& localVariables);
+    static bool ValidateOutgoingMidiByteStringList(QStringList tokens, const QList<cMIDITranslatorVariable>& variables,
+                                                   QStringList localVariables);
+    static bool GlobalVariableExists(QString name, const QList<cMIDITranslatorVariable>& variables);
+
+    static cMIDITranslatorRule FromJsonObject(QJsonObject object, const cMIDITranslatorConfiguration* configuration,
+                                              bool& ok);
+
+private:
+    sMIDIMatchNibble NibbleStringToMIDIMatchByte(QString nibble) const;
+    int GetIndexOfVariableFromMIDIByte(QString variable, QString token) const;
+    int GetInputByteIndexOfVariableFromIncomingMIDI(QString variable) const;
+    int GetInputNibbleIndexOfVariableFromIncomingMIDI(QString variable) const;
+    bool IsInputVariableIsWholeByteInIncomingMIDI(QString variable) const;
+
+    const cMIDITranslatorConfiguration* configuration;
+    int identifier = 0;
+    QString name;
+    QString incomingMIDIString;
+    QList<QString> incomingPorts;
+    QString outgoingMIDIString;
+    QList<QString> outgoingPorts;
+    QStringList localVariables;
+    QStringList incomingGlobalVariables;
+    sMIDIMatchByteListIdentifier matchPattern;
+    QList<sTranslateNibble> translationMap;
+};
+
+#endif
