@@ -1,0 +1,3 @@
+#ifndef FILELOCATIONS_H
+#define FILELOCATIONS_H
+#endif

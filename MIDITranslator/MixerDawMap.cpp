@@ -1,0 +1,1 @@
+#include "MIDITranslator/MixerDawMap.h"

@@ -1,0 +1,3 @@
+#ifndef MIXERDAWMAP_H
+#define MIXERDAWMAP_H
+#endif
