@@ -12,6 +12,10 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QVector>
+
+#include <functional>
+#include <vector>
 
 class cMIDIInputMatcher;
 class cMIDIInputOutput;
@@ -67,6 +71,17 @@ private:
     void ProcessRulesArray(QJsonArray array);
     void CreateMIDIInputMatchers();
     void DestroyMIDIInputMatchers();
+    void ResolveOutgoingPorts();
+    int IndexOfVariable(const QString& name) const;
+    void UpdateFirstMatchingElement(const QString& arrayKey, const std::function<bool(const QJsonObject&)>& matches,
+                                   const QString& memberKey, const QJsonValue& memberValue);
+
+    // One outgoing port of a rule, its alias already resolved.
+    struct sOutgoingPort
+    {
+        QString realName;
+        bool isMixerOutput = false;
+    };
 
     cSystemMIDIConfiguration* systemMIDIConfiguration;
     QList<QString> virtualPortNames;
@@ -77,6 +92,10 @@ private:
     QList<cMIDITranslatorVariable> variables;
     QJsonDocument document;
     QString filePath;
+    // Per rule, indexed by identifier: where its output goes.
+    QVector<QVector<sOutgoingPort>> ruleOutgoingPorts;
+    // Reused by every dispatch, so building the output allocates nothing.
+    std::vector<unsigned char> outputBytes;
 };
 
 // The fixed names that tie a rule file to the mixer.
