@@ -68,6 +68,8 @@ private:
     int GetInputByteIndexOfVariableFromIncomingMIDI(QString variable) const;
     int GetInputNibbleIndexOfVariableFromIncomingMIDI(QString variable) const;
     bool IsInputVariableIsWholeByteInIncomingMIDI(QString variable) const;
+    QString IncomingToken(int index) const;
+    UBYTE GetVariableValue(const QString& name) const;
 
     const cMIDITranslatorConfiguration* configuration;
     int identifier = 0;
