@@ -1,0 +1,52 @@
+#ifndef TCPMIDIINPTOUTPUT_H
+#define TCPMIDIINPTOUTPUT_H
+
+#include "Common/MIDI/MIDIInputOutput.h"
+
+#include <QAbstractSocket>
+#include <QByteArray>
+#include <QHostAddress>
+#include <QString>
+
+class QTcpSocket;
+
+// The mixer's network MIDI port seen as an ordinary MIDI port: raw MIDI bytes
+// both ways over one TCP connection, with no framing of our own. It never
+// reconnects by itself; the owner decides when to try again.
+class cTCPMIDIInptOutput : public cMIDIInputOutput
+{
+    Q_OBJECT
+public:
+    static const quint16 MIXER_MIDI_PORT = 51325;
+
+    explicit cTCPMIDIInptOutput(QObject* parent = nullptr);
+    ~cTCPMIDIInptOutput() override;
+
+    // Tears down any previous connection first (announcing "Not Connected"),
+    // then starts connecting; progress arrives through StateStringChanged.
+    void ConnectToHost(QHostAddress address);
+    // Blocks the event loop for at most a second while the socket closes.
+    void DisconnectFromHost();
+
+    bool IsConnected() const;
+    QString GetCurrentSocketStateDescription() const;
+    static QString GetSocketStateDescription(QAbstractSocket::SocketState state);
+
+    void ReadMIDIData(QByteArray& data) override;
+    // Passed to the socket whatever its state; dropped when there is none.
+    void WriteMIDIData(QByteArray& data) override;
+
+signals:
+    void StateStringChanged(QString state);
+
+public slots:
+    void TCPRead();
+    void StateChanged(QAbstractSocket::SocketState state);
+
+private:
+    QTcpSocket* socket;
+    QHostAddress hostAddress;
+    QByteArray receivedData;
+};
+
+#endif
