@@ -1,0 +1,110 @@
+#ifndef SEQUENCERALSA_H
+#define SEQUENCERALSA_H
+
+#include <QByteArray>
+#include <QList>
+#include <QMetaType>
+#include <QObject>
+#include <QString>
+
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+// Kept opaque here so that users of the registry need no ALSA headers.
+typedef struct _snd_seq snd_seq_t;
+typedef struct snd_midi_event snd_midi_event_t;
+typedef struct snd_seq_event snd_seq_event_t;
+
+class cMIDIReceiveBufferALSA;
+
+// A sequencer port: client and port number. Numbers change when a device is
+// replugged, so they never reach the user; names do.
+struct sPortAddressALSA
+{
+    int client = -1;
+    int port = -1;
+};
+bool operator==(const sPortAddressALSA& left, const sPortAddressALSA& right);
+Q_DECLARE_METATYPE(sPortAddressALSA)
+
+// What the registry needs to know of another client's port.
+struct sPortInfoALSA
+{
+    sPortAddressALSA address;
+    QString name;  // "client name:port name"
+    bool readable = false;  // can be read with subscription: a system input
+    bool writable = false;  // can be written with subscription: a system output
+};
+
+// The program's one sequencer client. It owns the handle and a reader thread
+// that waits on the sequencer: MIDI events for our ports are decoded to raw
+// bytes and handed to the port's receive buffer on that thread, and port
+// announcements are passed on as signals (queued to the event loop). All other
+// calls belong to the event-loop thread.
+class cSequencerALSA : public QObject
+{
+    Q_OBJECT
+public:
+    // Opens the sequencer; on failure reports once and stays closed, and every
+    // call below then does nothing.
+    cSequencerALSA();
+    ~cSequencerALSA() override;
+
+    bool IsOpen() const;
+    int GetClientId() const;
+
+    // The ports of every other client (not of the system client) that carry
+    // MIDI and may be shown to users, in client and port order.
+    QList<sPortInfoALSA> GetPorts() const;
+    // False when the port is gone or is not one GetPorts would list.
+    bool GetPort(sPortAddressALSA address, sPortInfoALSA& info) const;
+
+    // A port of our own client; -1 when it cannot be made.
+    int CreatePort(const QString& name, unsigned int capabilities, unsigned int type);
+    void DeletePort(int port);
+    // Subscribes our port to another client's port.
+    bool ConnectFrom(int port, sPortAddressALSA source);
+
+    // Bytes arriving at our port go to buffer; null stops the delivery, and
+    // once this returns the previous buffer is no longer touched.
+    void SetReceiveBuffer(int port, cMIDIReceiveBufferALSA* buffer);
+
+    // Encodes raw bytes (running status allowed, messages may span calls) and
+    // sends every complete event from our port at once, to destination or,
+    // with SUBSCRIBERS, to everyone subscribed to the port.
+    void Send(int port, sPortAddressALSA destination, const QByteArray& bytes);
+    static const sPortAddressALSA SUBSCRIBERS;
+
+signals:
+    void PortStarted(sPortAddressALSA address);
+    void PortExited(sPortAddressALSA address);
+    void PortChanged(sPortAddressALSA address);
+
+private:
+    bool Open();
+    bool Describe(sPortAddressALSA address, sPortInfoALSA& info) const;
+    snd_midi_event_t* GetEncoder(int port);
+    void ReadEvents();
+    void DispatchEvent(const snd_seq_event_t* event);
+
+    snd_seq_t* handle = nullptr;
+    int clientId = -1;
+    int announcePort = -1;
+    int wakeDescriptor = -1;
+    std::thread reader;
+
+    // Reader thread only.
+    snd_midi_event_t* decoder = nullptr;
+    std::vector<unsigned char> decoded;
+
+    // Event-loop thread only: one encoder per sending port, so that running
+    // status and a message split across writes stay with their port.
+    std::map<int, snd_midi_event_t*> encoders;
+
+    std::mutex receiveBuffersMutex;
+    std::map<int, cMIDIReceiveBufferALSA*> receiveBuffers;
+};
+
+#endif
