@@ -1,1 +1,109 @@
 #include "MIDITranslator/MixerDawMap.h"
+
+#include "Application/DebugTrace.h"
+
+#include <QFile>
+#include <QJsonParseError>
+#include <QJsonValue>
+
+void cMixerDawMap::LoadFromFilePath(const QString& path)
+{
+    mixers.clear();
+    QJsonDocument document = GetJsonDocumentFromFilePath(path);
+    ProcessMixersArray(document.object().value(QStringLiteral("mixers")).toArray());
+}
+
+QJsonDocument cMixerDawMap::GetJsonDocumentFromFilePath(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Could not open file: %s", path.toLocal8Bit().constData());
+        return QJsonDocument();
+    }
+    QJsonParseError error;
+    QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
+    file.close();
+    if (error.error != QJsonParseError::NoError)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Json Parse Error: %s for file %s", error.errorString().toLocal8Bit().constData(),
+                      path.toLocal8Bit().constData());
+    }
+    else if (document.isNull())
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Json Document is Null");
+    }
+    return document;
+}
+
+void cMixerDawMap::ProcessMixersArray(const QJsonArray& mixerArray)
+{
+    for (const QJsonValue& mixer : mixerArray)
+    {
+        ProcessMixerObject(mixer.toObject());
+    }
+}
+
+void cMixerDawMap::ProcessMixerObject(const QJsonObject& mixer)
+{
+    QList<sDAWFileMap> daws;
+    for (const QJsonValue& element : mixer.value(QStringLiteral("daws")).toArray())
+    {
+        QJsonObject daw = element.toObject();
+        sDAWFileMap entry{daw.value(QStringLiteral("name")).toString(), daw.value(QStringLiteral("file")).toString()};
+        if (!entry.dawName.isEmpty() && !entry.file.isEmpty())
+        {
+            daws.append(entry);
+        }
+    }
+    // A mixer is listed even without a DAW, so the user sees it exists; a later
+    // object of the same name replaces the earlier one whole.
+    QString name = mixer.value(QStringLiteral("name")).toString();
+    if (!name.isEmpty())
+    {
+        mixers.insert(name, daws);
+    }
+}
+
+QStringList cMixerDawMap::GetMixerNames() const
+{
+    return mixers.keys();
+}
+
+QStringList cMixerDawMap::GetDAWNamesForMixer(const QString& mixer) const
+{
+    QStringList names;
+    auto found = mixers.constFind(mixer);
+    if (found == mixers.constEnd())
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Unknown mixer name \"%s\"", mixer.toLocal8Bit().constData());
+        return names;
+    }
+    for (const sDAWFileMap& daw : found.value())
+    {
+        names.append(daw.dawName);
+    }
+    return names;
+}
+
+QString cMixerDawMap::GetFilePathForMixerAndDAW(const QString& mixer, const QString& daw) const
+{
+    auto found = mixers.constFind(mixer);
+    if (found == mixers.constEnd())
+    {
+        // The mixer name itself, not an empty string: callers have always
+        // relied on this answer differing from the unknown-DAW one.
+        DebugErrTrace(DEBUG_LOCATION, "Unknown mixer name \"%s\"", mixer.toLocal8Bit().constData());
+        return mixer;
+    }
+    for (const sDAWFileMap& entry : found.value())
+    {
+        if (entry.dawName == daw)
+        {
+            return entry.file;
+        }
+    }
+    DebugErrTrace(DEBUG_LOCATION, "Unknown DAW \"%s\" for mixer \"%s\"", daw.toLocal8Bit().constData(),
+                  mixer.toLocal8Bit().constData());
+    return QString();
+}
