@@ -4,6 +4,7 @@
 #include "Common/MIDI/MIDIRunningStatusFixer.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 #include <vector>
@@ -51,7 +52,8 @@ private:
     QString inputName;
     cSystemMIDIConfiguration* systemMIDIConfiguration;
     cMIDIMatchManager* matchManager;
-    cMIDIInput* midiInput;
+    // Guarded: a port deleted without a removal signal must not leave a dangling binding.
+    QPointer<cMIDIInput> midiInput;
     cMIDIRunningStatusFixer runningStatusFixer;
     // Reused for every read so that the byte path does not allocate.
     std::vector<unsigned char> readBytes;

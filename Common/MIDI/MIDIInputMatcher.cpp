@@ -1,0 +1,88 @@
+#include "Common/MIDI/MIDIInputMatcher.h"
+
+#include "Common/MIDI/MIDIInput.h"
+#include "Common/MIDI/MIDIMatch/MIDIMatchManager.h"
+#include "Common/MIDI/SystemMIDIConfiguration.h"
+
+cMIDIInputMatcher::cMIDIInputMatcher(QString inputName, cSystemMIDIConfiguration* configuration,
+                                     cMIDIMatchTriggerListener* listener, QObject* parent)
+    : QObject(parent),
+      inputName(inputName),
+      systemMIDIConfiguration(configuration),
+      matchManager(new cMIDIMatchManager(listener)),
+      midiInput(nullptr)
+{
+    connect(configuration, &cSystemMIDIConfiguration::InputAddedSignal, this, &cMIDIInputMatcher::InputAdded);
+    connect(configuration, &cSystemMIDIConfiguration::InputRemovedSignal, this, &cMIDIInputMatcher::InputRemoved);
+    SetMIDIInput(configuration->GetMIDIInput(inputName));
+}
+
+cMIDIInputMatcher::~cMIDIInputMatcher()
+{
+    delete matchManager;
+}
+
+void cMIDIInputMatcher::AddMIDIMatchNibbleListIdentifier(const sMIDIMatchByteListIdentifier& pattern)
+{
+    matchManager->AddMIDIMatchNibbleListIdentifierToTree(pattern);
+}
+
+void cMIDIInputMatcher::SetMIDIInput(cMIDIInput* input)
+{
+    DisconnectMIDIInput();
+    midiInput = input;
+    if (midiInput)
+    {
+        // In this order, so that the bytes are matched before the read is announced.
+        connect(midiInput, &cMIDIInput::MIDIReadReady, this, &cMIDIInputMatcher::MIDIReadReady);
+        connect(midiInput, &cMIDIInput::MIDIReadReady, this, &cMIDIInputMatcher::MIDIInputReadSignal);
+    }
+}
+
+void cMIDIInputMatcher::InputAdded(QString name)
+{
+    if (name == inputName)
+    {
+        SetMIDIInput(systemMIDIConfiguration->GetMIDIInput(name));
+    }
+}
+
+void cMIDIInputMatcher::InputRemoved(QString name)
+{
+    if (name == inputName)
+    {
+        // The registry owns the input and may keep it alive; it just stops counting here.
+        DisconnectMIDIInput();
+        midiInput = nullptr;
+    }
+}
+
+void cMIDIInputMatcher::MIDIReadReady()
+{
+    // A notification queued from another thread may arrive after the input went away.
+    if (!midiInput)
+    {
+        return;
+    }
+    QByteArray data;
+    midiInput->ReadMIDIData(data);
+    if (data.isEmpty())
+    {
+        return;
+    }
+    readBytes.assign(data.constBegin(), data.constEnd());
+    runningStatusFixer.FixRunningStatus(readBytes, expandedBytes);
+    for (unsigned char byte : expandedBytes)
+    {
+        matchManager->ProcessByte(byte);
+    }
+}
+
+void cMIDIInputMatcher::DisconnectMIDIInput()
+{
+    if (midiInput)
+    {
+        disconnect(midiInput, &cMIDIInput::MIDIReadReady, this, &cMIDIInputMatcher::MIDIReadReady);
+        disconnect(midiInput, &cMIDIInput::MIDIReadReady, this, &cMIDIInputMatcher::MIDIInputReadSignal);
+    }
+}

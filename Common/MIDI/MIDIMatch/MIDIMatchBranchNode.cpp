@@ -1,0 +1,220 @@
+#include "Common/MIDI/MIDIMatch/MIDIMatchBranchNode.h"
+
+#include "Common/MIDI/MIDIMatch/MIDIMatchBranchNodeEndpoint.h"
+
+#include <algorithm>
+
+namespace
+{
+// Removes the first occurrence of item, keeping the order of the rest.
+template <typename T>
+bool EraseFirst(std::vector<T*>& list, const T* item)
+{
+    auto found = std::find(list.begin(), list.end(), item);
+    if (found == list.end())
+    {
+        return false;
+    }
+    list.erase(found);
+    return true;
+}
+
+bool Accepts(sMIDIMatchNibble element, unsigned char nibble)
+{
+    return element.matchAny || element.value == nibble;
+}
+}
+
+cMIDIMatchBranchNode::cMIDIMatchBranchNode(sMIDIMatchNibble nibble, unsigned int depth)
+    : nibble(nibble), depth(depth)
+{
+}
+
+cMIDIMatchBranchNode::~cMIDIMatchBranchNode()
+{
+    RemoveAllChildBranchNodes();
+    RemoveAllBranchNodeEndpoints();
+}
+
+unsigned int cMIDIMatchBranchNode::GetDepth() const
+{
+    return depth;
+}
+
+sMIDIMatchNibble cMIDIMatchBranchNode::GetMIDIMatchByte() const
+{
+    return nibble;
+}
+
+cMIDIMatchBranchNode* cMIDIMatchBranchNode::GetParentBranchNode() const
+{
+    return parent;
+}
+
+bool cMIDIMatchBranchNode::HasChildBranchNodes() const
+{
+    return !children.empty();
+}
+
+bool cMIDIMatchBranchNode::HasBranchNodeEndpoints() const
+{
+    return !endpoints.empty();
+}
+
+const std::vector<cMIDIMatchBranchNode*>& cMIDIMatchBranchNode::GetChildBranchNodes() const
+{
+    return children;
+}
+
+const std::vector<cMIDIMatchBranchNodeEndpoint*>& cMIDIMatchBranchNode::GetBranchNodeEndpoints() const
+{
+    return endpoints;
+}
+
+const std::vector<cMIDIMatchBranchNodeEndpoint*>& cMIDIMatchBranchNode::GetAllChildrensBranchNodeEndpoints() const
+{
+    return childEndpoints;
+}
+
+bool cMIDIMatchBranchNode::HasChildBranchNodeEndpoint(const cMIDIMatchBranchNodeEndpoint* endpoint) const
+{
+    const cMIDIMatchBranchNode* node = endpoint->GetBranchNode();
+    if (!node || node->depth <= depth)
+    {
+        return false;
+    }
+    while (node->depth > depth)
+    {
+        node = node->parent;
+    }
+    return node == this;
+}
+
+void cMIDIMatchBranchNode::AddChildBranchNode(cMIDIMatchBranchNode* child)
+{
+    child->parent = this;
+    if (child->nibble.matchAny)
+    {
+        children.insert(children.begin(), child);
+    }
+    else
+    {
+        children.push_back(child);
+    }
+}
+
+void cMIDIMatchBranchNode::RemoveChildBranchNode(cMIDIMatchBranchNode* child)
+{
+    if (EraseFirst(children, child))
+    {
+        delete child;
+    }
+}
+
+void cMIDIMatchBranchNode::AddBranchNodeEndpoint(cMIDIMatchBranchNodeEndpoint* endpoint)
+{
+    endpoint->SetBranchNode(this);
+    endpoints.push_back(endpoint);
+    if (parent)
+    {
+        parent->AddChildBranchNodeEndpoint(endpoint);
+    }
+}
+
+void cMIDIMatchBranchNode::AddChildBranchNodeEndpoint(cMIDIMatchBranchNodeEndpoint* endpoint)
+{
+    for (cMIDIMatchBranchNode* node = this; node; node = node->parent)
+    {
+        node->childEndpoints.push_back(endpoint);
+    }
+}
+
+void cMIDIMatchBranchNode::RemoveBranchNodeEndpoint(cMIDIMatchBranchNodeEndpoint* endpoint)
+{
+    if (parent)
+    {
+        parent->RemoveChildBranchNodeEndpoint(endpoint);
+    }
+    if (EraseFirst(endpoints, endpoint))
+    {
+        delete endpoint;
+    }
+}
+
+void cMIDIMatchBranchNode::RemoveChildBranchNodeEndpoint(cMIDIMatchBranchNodeEndpoint* endpoint)
+{
+    for (cMIDIMatchBranchNode* node = this; node; node = node->parent)
+    {
+        EraseFirst(node->childEndpoints, endpoint);
+    }
+}
+
+void cMIDIMatchBranchNode::RemoveAllChildBranchNodes()
+{
+    while (!children.empty())
+    {
+        delete children.back();
+        children.pop_back();
+    }
+}
+
+void cMIDIMatchBranchNode::RemoveAllBranchNodeEndpoints()
+{
+    while (!endpoints.empty())
+    {
+        delete endpoints.back();
+        endpoints.pop_back();
+    }
+}
+
+cMIDIMatchBranchNode* cMIDIMatchBranchNode::GetFurthestBranchNodeForNibbleList(const std::vector<sMIDIMatchNibble>& nibbles)
+{
+    cMIDIMatchBranchNode* current = this;
+    while (current->depth < nibbles.size())
+    {
+        const sMIDIMatchNibble wanted = nibbles[current->depth];
+        auto taken = std::find_if(current->children.begin(), current->children.end(),
+                                  [wanted](const cMIDIMatchBranchNode* child) {
+                                      return (child->nibble.matchAny && wanted.matchAny) ||
+                                             child->nibble.value == wanted.value;
+                                  });
+        if (taken == current->children.end())
+        {
+            break;
+        }
+        current = *taken;
+    }
+    return current;
+}
+
+void cMIDIMatchBranchNode::GetNextBranchNodes(unsigned char nibble, std::vector<cMIDIMatchBranchNode*>& nextNodes,
+                                              std::vector<cMIDIMatchBranchNodeEndpoint*>& endpointsReached) const
+{
+    nextNodes.clear();
+    for (cMIDIMatchBranchNode* child : children)
+    {
+        if (!child->TestNibbleMatches(nibble, endpointsReached))
+        {
+            continue;
+        }
+        if (child->HasChildBranchNodes())
+        {
+            nextNodes.push_back(child);
+        }
+        // Wildcards stand first, so the first literal that accepts is the last candidate.
+        if (!child->nibble.matchAny)
+        {
+            break;
+        }
+    }
+}
+
+bool cMIDIMatchBranchNode::TestNibbleMatches(unsigned char nibble, std::vector<cMIDIMatchBranchNodeEndpoint*>& endpointsReached) const
+{
+    if (!Accepts(this->nibble, nibble))
+    {
+        return false;
+    }
+    endpointsReached.insert(endpointsReached.end(), endpoints.begin(), endpoints.end());
+    return true;
+}
