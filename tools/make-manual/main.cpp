@@ -1,0 +1,132 @@
+// Turns the Markdown user manual into the PDF that the tray menu's "&Help"
+// opens. Run at build time, so the repository holds only the Markdown source.
+//
+//   make-manual MANUAL.md OUTPUT.pdf
+//
+// Images are looked up relative to the Markdown file and scaled down to the
+// text width, so screenshots of any size fit the page.
+
+#include <QFile>
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPdfWriter>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextFragment>
+#include <QTextImageFormat>
+#include <QUrl>
+
+#include <cstdio>
+
+namespace
+{
+
+// The document adds a margin of its own inside the page's.
+const qreal PAGE_MARGIN_MM = 10.0;
+
+bool ReadMarkdown(const QString& path, QString& markdown)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    {
+        std::fprintf(stderr, "make-manual: cannot read %s\n", qPrintable(path));
+        return false;
+    }
+    markdown = QString::fromUtf8(file.readAll());
+    return true;
+}
+
+// Markdown has no way to give an image's size, so an image wider than the text
+// column is shrunk to fit it, keeping its proportions.
+void FitImageToWidth(const QTextDocument& document, QTextImageFormat& format, qreal textWidth)
+{
+    const QImage image = document.resource(QTextDocument::ImageResource, QUrl(format.name())).value<QImage>();
+    if (image.isNull())
+    {
+        std::fprintf(stderr, "make-manual: missing image %s\n", qPrintable(format.name()));
+        return;
+    }
+    const qreal width = qMin<qreal>(image.width(), textWidth);
+    format.setWidth(width);
+    format.setHeight(image.height() * width / image.width());
+}
+
+// The Markdown reader marks code with the platform's fixed-width font, which
+// the offscreen platform that renders the manual reports as a proportional
+// one; code is set in a real monospace face instead, and code blocks are
+// indented and shaded so that commands stand out from the prose.
+void AdjustFormats(QTextDocument& document, qreal textWidth)
+{
+    const QString platformFixedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    QTextCursor cursor(&document);
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
+    {
+        if (block.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage))
+        {
+            QTextBlockFormat blockFormat = block.blockFormat();
+            blockFormat.setIndent(1);
+            blockFormat.setBackground(QColor(0xee, 0xf1, 0xf3));
+            cursor.setPosition(block.position());
+            cursor.setBlockFormat(blockFormat);
+        }
+        for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it)
+        {
+            const QTextFragment fragment = it.fragment();
+            QTextCharFormat format = fragment.charFormat();
+            if (format.isImageFormat())
+            {
+                QTextImageFormat imageFormat = format.toImageFormat();
+                FitImageToWidth(document, imageFormat, textWidth);
+                format = imageFormat;
+            }
+            else if (format.fontFamily() == platformFixedFamily)
+                format.setFontFamily(QStringLiteral("DejaVu Sans Mono"));
+            else
+                continue;
+            cursor.setPosition(fragment.position());
+            cursor.setPosition(fragment.position() + fragment.length(), QTextCursor::KeepAnchor);
+            cursor.setCharFormat(format);
+        }
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QGuiApplication application(argc, argv);
+    const QStringList arguments = QGuiApplication::arguments();
+    if (arguments.size() != 3)
+    {
+        std::fprintf(stderr, "usage: make-manual MANUAL.md OUTPUT.pdf\n");
+        return 2;
+    }
+    QString markdown;
+    if (!ReadMarkdown(arguments.at(1), markdown))
+        return 1;
+
+    QPdfWriter writer(arguments.at(2));
+    writer.setTitle(QStringLiteral("Tessera User Manual"));
+    writer.setCreator(QStringLiteral("Tessera make-manual"));
+    writer.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
+                                     QMarginsF(PAGE_MARGIN_MM, PAGE_MARGIN_MM, PAGE_MARGIN_MM, PAGE_MARGIN_MM),
+                                     QPageLayout::Millimeter));
+
+    QTextDocument document;
+    document.setBaseUrl(QUrl::fromLocalFile(QFileInfo(arguments.at(1)).absolutePath() + QLatin1Char('/')));
+    document.setDefaultFont(QFont(QStringLiteral("DejaVu Sans"), 10));
+    document.setMarkdown(markdown);
+
+    // Layout happens in the writer's device pixels, so the text width is the
+    // painted page width in those units.
+    const QRectF paintRect = writer.pageLayout().paintRectPixels(writer.resolution());
+    AdjustFormats(document, paintRect.width() * 0.8);
+
+    document.print(&writer);
+    return 0;
+}
