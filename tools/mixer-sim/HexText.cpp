@@ -1,0 +1,26 @@
+#include "HexText.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+bool HexText::Parse(const QString& text, QByteArray& bytes)
+{
+    static const QRegularExpression hexPairs(QStringLiteral("^([0-9A-Fa-f]{2})+$"));
+    QByteArray parsed;
+    const QStringList groups = text.split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
+    for (const QString& group : groups)
+    {
+        if (!hexPairs.match(group).hasMatch())
+        {
+            return false;
+        }
+        parsed.append(QByteArray::fromHex(group.toLatin1()));
+    }
+    bytes = parsed;
+    return true;
+}
+
+QString HexText::Format(const QByteArray& bytes)
+{
+    return QString::fromLatin1(bytes.toHex(' ').toUpper());
+}

@@ -1,0 +1,17 @@
+#ifndef HEXTEXT_H
+#define HEXTEXT_H
+
+#include <QByteArray>
+#include <QString>
+
+// MIDI bytes as people write them: "B0 07 7F" or "b0077f".
+namespace HexText
+{
+// Reads whitespace-separated groups of hex digit pairs; false (and bytes
+// untouched) when anything else is in the text.
+bool Parse(const QString& text, QByteArray& bytes);
+// Upper-case pairs separated by single spaces.
+QString Format(const QByteArray& bytes);
+}
+
+#endif

@@ -1,0 +1,102 @@
+#include "MIDIMessageSplitter.h"
+
+namespace
+{
+const unsigned char SYSEX_START = 0xF0;
+const unsigned char SYSEX_END = 0xF7;
+
+bool IsStatus(unsigned char byte)
+{
+    return byte & 0x80;
+}
+
+bool IsRealTime(unsigned char byte)
+{
+    return byte >= 0xF8;
+}
+
+// The whole length of a message starting with this status; 0 for SysEx.
+int MessageLength(unsigned char status)
+{
+    if (status < 0xF0)
+    {
+        unsigned char type = status & 0xF0;
+        return (type == 0xC0 || type == 0xD0) ? 2 : 3;
+    }
+    switch (status)
+    {
+    case SYSEX_START:
+        return 0;
+    case 0xF1:
+    case 0xF3:
+        return 2;
+    case 0xF2:
+        return 3;
+    default:
+        return 1;
+    }
+}
+}
+
+QList<QByteArray> cMIDIMessageSplitter::Feed(const QByteArray& bytes)
+{
+    QList<QByteArray> messages;
+    for (char c : bytes)
+    {
+        unsigned char byte = static_cast<unsigned char>(c);
+        if (IsRealTime(byte))
+        {
+            messages.append(QByteArray(1, c));
+        }
+        else if (IsStatus(byte) && byte == SYSEX_END && !pending.isEmpty() && expectedLength == 0)
+        {
+            pending.append(c);
+            messages.append(pending);
+            pending.clear();
+        }
+        else if (IsStatus(byte))
+        {
+            StartMessage(byte, messages);
+        }
+        else if (!pending.isEmpty())
+        {
+            pending.append(c);
+        }
+        else if (runningStatus != 0)
+        {
+            pending.append(c);
+            expectedLength = MessageLength(runningStatus) - 1;
+        }
+        else
+        {
+            messages.append(QByteArray(1, c));
+        }
+        if (!pending.isEmpty() && expectedLength != 0 && pending.size() == expectedLength)
+        {
+            messages.append(pending);
+            pending.clear();
+        }
+    }
+    return messages;
+}
+
+QByteArray cMIDIMessageSplitter::Flush()
+{
+    QByteArray unfinished = pending;
+    pending.clear();
+    runningStatus = 0;
+    return unfinished;
+}
+
+void cMIDIMessageSplitter::StartMessage(unsigned char status, QList<QByteArray>& messages)
+{
+    // A status byte cuts short whatever was unfinished; show it as it came.
+    if (!pending.isEmpty())
+    {
+        messages.append(pending);
+        pending.clear();
+    }
+    runningStatus = status < 0xF0 ? status : 0;
+    pending.append(static_cast<char>(status));
+    expectedLength = MessageLength(status);
+}

@@ -1,0 +1,28 @@
+#ifndef MIDIMESSAGESPLITTER_H
+#define MIDIMESSAGESPLITTER_H
+
+#include <QByteArray>
+#include <QList>
+
+// Cuts a raw MIDI byte stream, which may arrive in arbitrary pieces, into
+// whole messages as they were sent: running status is followed but not
+// expanded, real-time bytes come out on their own wherever they fall, and
+// bytes that cannot belong to any message come out one by one.
+class cMIDIMessageSplitter
+{
+public:
+    // The messages completed by these bytes; an unfinished one is kept.
+    QList<QByteArray> Feed(const QByteArray& bytes);
+    // The unfinished message, if any, as it stands; the next stream starts afresh.
+    QByteArray Flush();
+
+private:
+    void StartMessage(unsigned char status, QList<QByteArray>& messages);
+
+    QByteArray pending;
+    // How many bytes complete the pending message; 0 for SysEx, which ends at F7.
+    int expectedLength = 0;
+    unsigned char runningStatus = 0;
+};
+
+#endif
