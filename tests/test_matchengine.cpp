@@ -1,0 +1,212 @@
+#include "Common/MIDI/MIDIMatch/MIDIMatchBranchNode.h"
+#include "Common/MIDI/MIDIMatch/MIDIMatchBranchNodeEndpoint.h"
+#include "Common/MIDI/MIDIMatch/MIDIMatchManager.h"
+#include "support/MatchRecorder.h"
+#include "support/StdoutCapture.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+class tMatchEngine : public QObject
+{
+    Q_OBJECT
+
+private:
+    static void Feed(cMIDIMatchManager& manager, const QString& hex)
+    {
+        for (char byte : MIDIBytes(hex))
+        {
+            manager.ProcessByte(static_cast<unsigned char>(byte));
+        }
+    }
+
+private slots:
+    void Matching_data()
+    {
+        QTest::addColumn<QStringList>("patterns"); // one per identifier, starting at 1
+        QTest::addColumn<QString>("stream");
+        QTest::addColumn<QStringList>("expected");
+
+        QTest::newRow("empty tree") << QStringList() << "B0 07 7F 00 FF" << QStringList();
+        QTest::newRow("wildcard and literal end together, in insertion order")
+            << QStringList{"B0 07 **", "B0 07 7F"} << "B0 07 7F" << QStringList{"1:B0077F", "2:B0077F"};
+        QTest::newRow("repeated message fires each time")
+            << QStringList{"B0 07 **"} << "B0 07 40 B0 07 41" << QStringList{"1:B00740", "1:B00741"};
+        QTest::newRow("overlapping starts cannot fire the same pattern again")
+            << QStringList{"** ** **"} << "01 02 03 04" << QStringList{"1:010203"};
+        QTest::newRow("a start after the firing is not barred")
+            << QStringList{"** ** **"} << "01 02 03 04 05 06" << QStringList{"1:010203", "1:040506"};
+        QTest::newRow("identical patterns both fire")
+            << QStringList{"90 ** **", "90 ** **"} << "90 40 7F" << QStringList{"1:90407F", "2:90407F"};
+        QTest::newRow("literal 0 shares the wildcard path")
+            << QStringList{"B0 07 **", "B0 07 00"} << "B0 07 55" << QStringList{"1:B00755", "2:B00755"};
+        QTest::newRow("wildcard shares the literal 0 path")
+            << QStringList{"90 **", "9* 40"} << "91 40 90 40" << QStringList{"1:9040", "2:9040"};
+        QTest::newRow("fork: older branch fires first")
+            << QStringList{"9* 40", "91 40"} << "91 40 92 40" << QStringList{"1:9140", "2:9140", "1:9240"};
+        QTest::newRow("shorter pattern fires, longer one goes on")
+            << QStringList{"B0 07", "B0 07 40"} << "B0 07 40" << QStringList{"1:B007", "2:B00740"};
+        QTest::newRow("different patterns in flight both fire")
+            << QStringList{"** **", "40 **"} << "40 41" << QStringList{"1:4041", "2:4041"};
+        QTest::newRow("odd pattern fires at a high nibble with whole bytes only")
+            << QStringList{"B07"} << "B0 71" << QStringList{"1:B0"};
+        QTest::newRow("one nibble patterns never fire") << QStringList{"B"} << "B0 B1" << QStringList();
+        QTest::newRow("a match may begin at a data byte")
+            << QStringList{"40 **"} << "90 40 7F" << QStringList{"1:407F"};
+        QTest::newRow("system exclusive through a stray byte")
+            << QStringList{"F0 00 20 ** F7"} << "F0 00 20 F0 00 20 33 F7" << QStringList{"1:F0002033F7"};
+    }
+
+    void Matching()
+    {
+        QFETCH(QStringList, patterns);
+        QFETCH(QString, stream);
+        QFETCH(QStringList, expected);
+
+        cMatchRecorder recorder;
+        cMIDIMatchManager manager(&recorder);
+        for (int index = 0; index < patterns.size(); ++index)
+        {
+            manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(index + 1, patterns[index]));
+        }
+        Feed(manager, stream);
+        QCOMPARE(recorder.triggers, expected);
+    }
+
+    void NoStateBeginsWhereNoPatternBegins()
+    {
+        cMatchRecorder recorder;
+        cMIDIMatchManager manager(&recorder);
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(1, "B0 07 **"));
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(2, "B0 07 7F"));
+        Feed(manager, "B0 07");
+        QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
+        Feed(manager, "7F");
+        QCOMPARE(manager.GetProcessStates().Size(), size_t(0));
+    }
+
+    void DuplicateIdentifier()
+    {
+        cMatchRecorder recorder;
+        cMIDIMatchManager manager(&recorder);
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(5, "B0 07 **"));
+        {
+            cStdoutCapture capture;
+            manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(5, "90 ** **"));
+            const QStringList lines = capture.Lines();
+            QCOMPARE(lines.size(), 1);
+            QVERIFY2(QRegularExpression(QStringLiteral(
+                         "^ERROR: Identifier 5 is alread in use\\t\\(Common/MIDI/MIDIMatch/MIDIMatchManager\\.cpp:\\d+\\)$"))
+                         .match(lines.first())
+                         .hasMatch(),
+                     qPrintable(lines.first()));
+        }
+        Feed(manager, "B0 07 01 90 40 7F");
+        QCOMPARE(recorder.triggers, (QStringList{"5:B00701", "5:90407F"}));
+
+        // Only the newer one can be found by its identifier and removed.
+        manager.RemoveMIDIMatchIdentifierFromTree(5);
+        QVERIFY(!manager.EndpointIdentifierExists(5));
+        recorder.triggers.clear();
+        Feed(manager, "B0 07 02 90 40 7F");
+        QCOMPARE(recorder.triggers, QStringList{"5:B00702"});
+    }
+
+    void RemovalPrunesTreeAndStates()
+    {
+        cMatchRecorder recorder;
+        cMIDIMatchManager manager(&recorder);
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(1, "B0 07 **"));
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(2, "B0 17 7F"));
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(3, "F0 ** ** ** ** F7"));
+        const cMIDIMatchBranchNode* root = manager.GetRootBranchNode();
+        QCOMPARE(root->GetAllChildrensBranchNodeEndpoints().size(), size_t(3));
+
+        // Unknown identifiers change nothing.
+        manager.RemoveMIDIMatchIdentifierFromTree(42);
+        QCOMPARE(root->GetAllChildrensBranchNodeEndpoints().size(), size_t(3));
+
+        // Removing a pattern in the middle of its message drops the partial
+        // match on its pruned branch; the other partial match goes on.
+        Feed(manager, "F0 01 B0 17");
+        QCOMPARE(manager.GetProcessStates().Size(), size_t(2));
+        manager.RemoveMIDIMatchIdentifierFromTree(2);
+        QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
+        QVERIFY(!manager.EndpointIdentifierExists(2));
+        QVERIFY(manager.EndpointIdentifierExists(1));
+        QCOMPARE(root->GetAllChildrensBranchNodeEndpoints().size(), size_t(2));
+
+        manager.RemoveMIDIMatchIdentifierFromTree(1);
+        QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
+        Feed(manager, "7F F7");
+        QCOMPARE(recorder.triggers, QStringList{"3:F001B0177FF7"});
+
+        manager.RemoveMIDIMatchIdentifierFromTree(3);
+        QVERIFY(!root->HasChildBranchNodes());
+        QVERIFY(root->GetAllChildrensBranchNodeEndpoints().empty());
+        QCOMPARE(manager.GetProcessStates().Size(), size_t(0));
+        Feed(manager, "B0 07 7F F0 01 02 03 04 F7");
+        QCOMPARE(recorder.triggers.size(), 1);
+    }
+
+    void TreeShape()
+    {
+        // Wildcard children stand first, the latest added in front.
+        cMIDIMatchBranchNode root(sMIDIMatchNibble{}, 0);
+        auto* literal5 = new cMIDIMatchBranchNode(sMIDIMatchNibble{5, 0}, 1);
+        auto* wildcardA = new cMIDIMatchBranchNode(sMIDIMatchNibble{0, 1}, 1);
+        auto* literal7 = new cMIDIMatchBranchNode(sMIDIMatchNibble{7, 0}, 1);
+        auto* wildcardB = new cMIDIMatchBranchNode(sMIDIMatchNibble{0, 1}, 1);
+        for (cMIDIMatchBranchNode* child : {literal5, wildcardA, literal7, wildcardB})
+        {
+            root.AddChildBranchNode(child);
+        }
+        QVERIFY((root.GetChildBranchNodes() ==
+                 std::vector<cMIDIMatchBranchNode*>{wildcardB, wildcardA, literal5, literal7}));
+
+        // Every accepting wildcard branch is taken, then at most one literal,
+        // leaves contribute only their endpoints.
+        wildcardB->AddChildBranchNode(new cMIDIMatchBranchNode(sMIDIMatchNibble{1, 0}, 2));
+        literal5->AddChildBranchNode(new cMIDIMatchBranchNode(sMIDIMatchNibble{1, 0}, 2));
+        auto* wildcardEnd = new cMIDIMatchBranchNodeEndpoint(nullptr, 1, {});
+        auto* literalEnd = new cMIDIMatchBranchNodeEndpoint(nullptr, 2, {});
+        wildcardA->AddBranchNodeEndpoint(wildcardEnd);
+        literal5->AddBranchNodeEndpoint(literalEnd);
+        std::vector<cMIDIMatchBranchNode*> next;
+        std::vector<cMIDIMatchBranchNodeEndpoint*> reached;
+        root.GetNextBranchNodes(5, next, reached);
+        QVERIFY((next == std::vector<cMIDIMatchBranchNode*>{wildcardB, literal5}));
+        QVERIFY((reached == std::vector<cMIDIMatchBranchNodeEndpoint*>{wildcardEnd, literalEnd}));
+        QVERIFY(root.HasChildBranchNodeEndpoint(literalEnd));
+        QVERIFY(!literal5->HasChildBranchNodeEndpoint(literalEnd));
+
+        const sMIDIMatchByteListIdentifier cc7 = MatchPattern(1, "B0 07 **");
+        QCOMPARE(cMIDIMatchBranchNodeEndpoint(nullptr, 1, cc7.nibbles).GetStringToMatch(), std::string("B007**"));
+        QCOMPARE(cMIDIMatchBranchNodeEndpoint(nullptr, 1, {}).GetStringToMatch(), std::string());
+    }
+
+    void StatesStayBoundedOnAnyStream()
+    {
+        cMatchRecorder recorder;
+        cMIDIMatchManager manager(&recorder);
+        const QStringList patterns{"B0 07 **", "** ** **", "F0 00 20 ** ** ** ** F7", "9* ** 00", "** 0* **"};
+        for (int index = 0; index < patterns.size(); ++index)
+        {
+            manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(index + 1, patterns[index]));
+        }
+        // At most one state per node: a state's depth tells when it began, and
+        // two states begun together never share a node.
+        QRandomGenerator random(7);
+        size_t most = 0;
+        for (int count = 0; count < 20000; ++count)
+        {
+            manager.ProcessByte(static_cast<unsigned char>(random.bounded(256)));
+            most = std::max(most, manager.GetProcessStates().Size());
+        }
+        QVERIFY2(most <= 20, qPrintable(QString::number(most)));
+        QVERIFY(!recorder.triggers.isEmpty());
+    }
+};
+
+QTEST_APPLESS_MAIN(tMatchEngine)
+#include "test_matchengine.moc"
