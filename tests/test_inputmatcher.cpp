@@ -1,0 +1,110 @@
+#include "Common/MIDI/MIDIInputMatcher.h"
+#include "Common/MIDI/MIDIInputOutputMemory.h"
+#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "support/MatchRecorder.h"
+
+#include <QSignalSpy>
+#include <QThread>
+#include <QtTest>
+
+class tInputMatcher : public QObject
+{
+    Q_OBJECT
+
+private:
+    // A matcher for "Mixer In" that recognises note on and control change 7.
+    struct sFixture
+    {
+        cSystemMIDIConfigurationMemory configuration;
+        cMatchRecorder recorder;
+        cMIDIInputMatcher matcher{QStringLiteral("Mixer In"), &configuration, &recorder};
+
+        sFixture()
+        {
+            matcher.AddMIDIMatchNibbleListIdentifier(MatchPattern(1, "90 ** **"));
+            matcher.AddMIDIMatchNibbleListIdentifier(MatchPattern(2, "B0 07 **"));
+        }
+    };
+
+private slots:
+    void BindsByNameAndExpandsRunningStatus()
+    {
+        sFixture fixture;
+        // Registered after the matcher: bound when the registry announces it.
+        cMIDIInputOutputMemory* other = fixture.configuration.AddSystemInputOutput(QStringLiteral("mixer in"));
+        other->ReceiveMIDIData(MIDIBytes("90 40 7F"));
+        cMIDIInputOutputMemory* input = fixture.configuration.AddSystemInputOutput(QStringLiteral("Mixer In"));
+
+        // The read signal follows the matching of the bytes it announces.
+        QStringList seenAtSignal;
+        connect(&fixture.matcher, &cMIDIInputMatcher::MIDIInputReadSignal, this,
+                [&]() { seenAtSignal = fixture.recorder.triggers; });
+        input->ReceiveMIDIData(MIDIBytes("90 40 7F 41"));
+        input->ReceiveMIDIData(MIDIBytes("00 B0 07 10 07"));
+        input->ReceiveMIDIData(MIDIBytes("11"));
+        const QStringList expected{"1:90407F", "1:904100", "2:B00710", "2:B00711"};
+        QCOMPARE(fixture.recorder.triggers, expected);
+        QCOMPARE(seenAtSignal, expected);
+    }
+
+    void UnbindsOnRemoval()
+    {
+        sFixture fixture;
+        cMIDIInputOutputMemory port(QStringLiteral("Mixer In"));
+        fixture.configuration.AddInternalInputOutput(QStringLiteral("Mixer In"), &port);
+        QSignalSpy reads(&fixture.matcher, &cMIDIInputMatcher::MIDIInputReadSignal);
+
+        // Half a message before the port goes; the rest arrives on the next
+        // binding, and the partial match survives the re-binding.
+        port.ReceiveMIDIData(MIDIBytes("B0 07"));
+        fixture.configuration.RemoveInternalInputOutput(QStringLiteral("Other"));
+        fixture.configuration.RemoveInternalInputOutput(QStringLiteral("Mixer In"));
+        port.ReceiveMIDIData(MIDIBytes("90 40 7F"));
+        QCOMPARE(reads.count(), 1);
+        QVERIFY(fixture.recorder.triggers.isEmpty());
+
+        // What arrived while unbound is still waiting in the port and is read
+        // with the first bytes after re-binding; the engine knows no message
+        // boundaries, so the control change in flight takes the note's status byte.
+        fixture.configuration.AddInternalInputOutput(QStringLiteral("Mixer In"), &port);
+        port.ReceiveMIDIData(MIDIBytes("22"));
+        QCOMPARE(fixture.recorder.triggers, (QStringList{"2:B00790", "1:90407F"}));
+
+        // A port deleted by the registry takes its binding with it.
+        fixture.configuration.RemoveInternalInputOutput(QStringLiteral("Mixer In"));
+        fixture.configuration.AddSystemInputOutput(QStringLiteral("Mixer In"))->ReceiveMIDIData(MIDIBytes("B0 07 01"));
+        QCOMPARE(fixture.recorder.triggers.mid(2), (QStringList{"1:9022B0", "2:B00701"}));
+        fixture.configuration.RemoveSystemInputOutput(QStringLiteral("Mixer In"));
+        fixture.matcher.MIDIReadReady();
+        QCOMPARE(fixture.recorder.triggers.size(), 4);
+    }
+
+    void QueuedFromAnotherThread()
+    {
+        sFixture fixture;
+        cMIDIInputOutputMemory* input = fixture.configuration.AddSystemInputOutput(QStringLiteral("Mixer In"));
+        QSignalSpy reads(&fixture.matcher, &cMIDIInputMatcher::MIDIInputReadSignal);
+
+        // Like a platform delivery thread: many small chunks, messages cut anywhere.
+        const QByteArray stream = MIDIBytes("90 40 7F 41 00 B0 07 10").repeated(50);
+        QThread* sender = QThread::create([input, stream]() {
+            for (int index = 0; index < stream.size(); index += 3)
+            {
+                input->ReceiveMIDIData(stream.mid(index, 3));
+            }
+        });
+        sender->start();
+        QVERIFY(sender->wait(10000));
+        delete sender;
+
+        QTRY_COMPARE(fixture.recorder.triggers.size(), 150);
+        for (int index = 0; index < 150; index += 3)
+        {
+            QCOMPARE(fixture.recorder.triggers.mid(index, 3), (QStringList{"1:90407F", "1:904100", "2:B00710"}));
+        }
+        QVERIFY(reads.count() > 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(tInputMatcher)
+#include "test_inputmatcher.moc"
