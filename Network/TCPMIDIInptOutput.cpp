@@ -37,6 +37,12 @@ void cTCPMIDIInptOutput::DisconnectFromHost()
 {
     if (socket)
     {
+        if (socket->state() == QAbstractSocket::HostLookupState || socket->state() == QAbstractSocket::ConnectingState)
+        {
+            // Nothing can have reached the mixer yet, and a graceful close
+            // would first wait for the attempt to succeed or fail.
+            socket->abort();
+        }
         socket->disconnectFromHost();
         if (socket->state() != QAbstractSocket::UnconnectedState)
         {

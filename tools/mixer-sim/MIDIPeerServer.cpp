@@ -51,12 +51,11 @@ void cMIDIPeerServer::AcceptPeer()
 {
     while (QTcpSocket* incoming = server->nextPendingConnection())
     {
+        // A client that connects again has usually lost the old connection
+        // without our noticing yet, so the newcomer wins.
         if (peer)
         {
-            emit PeerRefused(incoming->peerAddress(), incoming->peerPort());
-            incoming->abort();
-            incoming->deleteLater();
-            continue;
+            peer->abort();
         }
         peer = incoming;
         peer->setSocketOption(QAbstractSocket::LowDelayOption, 1);

@@ -11,8 +11,8 @@ class QTcpServer;
 class QTcpSocket;
 
 // The mixer's network MIDI port: one TCP peer at a time, raw MIDI both ways.
-// A second peer is turned away while one is connected. Nothing here waits for
-// the peer; bytes written while no one is connected are dropped.
+// A new peer replaces the connected one. Nothing here waits for the peer;
+// bytes written while no one is connected are dropped.
 class cMIDIPeerServer : public QObject
 {
     Q_OBJECT
@@ -29,7 +29,6 @@ public:
 
 signals:
     void PeerConnected(QHostAddress address, quint16 port);
-    void PeerRefused(QHostAddress address, quint16 port);
     void PeerDisconnected();
     void MessageReceived(QByteArray message);
     void MessageSent(QByteArray bytes);

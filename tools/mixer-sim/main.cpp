@@ -20,8 +20,9 @@ const char* const DESCRIPTION =
     "Stands in for a mixer on the network.\n"
     "\n"
     "It answers the discovery datagrams of one mixer family (--find) with a unit\n"
-    "name (--name), accepts one TCP connection on port 51325 at a time, and prints\n"
-    "every MIDI message it receives, in hex with the seconds since start:\n"
+    "name (--name), accepts one TCP connection on port 51325 at a time (a new one\n"
+    "replaces the old), and prints every MIDI message it receives, in hex with the\n"
+    "seconds since start:\n"
     "    12.345678 in  B0 07 7F\n"
     "Each line of standard input is MIDI in hex (\"B0 07 7F\" or \"b0077f\") sent to\n"
     "the connected peer and printed with \"out\"; lines starting with # are\n"
@@ -31,7 +32,7 @@ const char* const DESCRIPTION =
     "Answers leave from --address and the TCP port listens there, so several\n"
     "simulators can run side by side on different addresses, e.g. 127.0.0.2 and\n"
     "127.0.0.3. Events are printed as \"listening\", \"answered\", \"connected\",\n"
-    "\"refused\", \"disconnected\" and \"dropped\" lines; errors go to standard error.";
+    "\"disconnected\" and \"dropped\" lines; errors go to standard error.";
 
 class cPrinter
 {
@@ -172,9 +173,6 @@ int main(int argc, char* argv[])
                              server.Send(greeting);
                          }
                      });
-    QObject::connect(&server, &cMIDIPeerServer::PeerRefused, [&printer](QHostAddress peer, quint16 port) {
-        printer.Line(QStringLiteral("refused %1:%2").arg(peer.toString()).arg(port));
-    });
     QObject::connect(&server, &cMIDIPeerServer::PeerDisconnected,
                      [&printer]() { printer.Line(QStringLiteral("disconnected")); });
     QObject::connect(&server, &cMIDIPeerServer::MessageReceived,
