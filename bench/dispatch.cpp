@@ -1,0 +1,178 @@
+// Translated messages per second through the whole configuration: from the
+// mixer port's ReadMIDIData, through its matcher, the rule's output and the
+// alias look-up, to the DAW port's WriteMIDIData. The rule file is a control
+// surface of 160 rules: per channel 1-8, controllers 0-7, note on and pitch
+// bend from the mixer, each with its translation back from the DAW.
+
+#include "Common/MIDI/MIDIInputOutput.h"
+#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "MIDITranslator/MIDITranslatorConfiguration.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <random>
+
+namespace
+{
+const int CHANNELS = 8;
+const int CONTROLLERS = 8;
+
+// Hands out one prepared chunk per read notification and counts what is
+// written to it, so the ports themselves cost next to nothing.
+class cBenchPort : public cMIDIInputOutput
+{
+public:
+    void Deliver(const QByteArray& chunk)
+    {
+        pending = chunk;
+        emit MIDIReadReady();
+    }
+
+    void ReadMIDIData(QByteArray& data) override
+    {
+        data = pending;
+        pending.clear();
+    }
+
+    void WriteMIDIData(QByteArray& data) override
+    {
+        writes += 1;
+        benchmark::DoNotOptimize(data.constData());
+    }
+
+    QByteArray pending;
+    int64_t writes = 0;
+};
+
+QJsonObject Rule(const QString& name, const QString& incoming, const QString& from, const QString& outgoing,
+                 const QString& to)
+{
+    return QJsonObject{
+        {QStringLiteral("name"), name},
+        {QStringLiteral("incoming"), QJsonObject{{QStringLiteral("midi"), incoming},
+                                                 {QStringLiteral("ports"), QJsonArray{from}}}},
+        {QStringLiteral("outgoing"), QJsonObject{{QStringLiteral("midi"), outgoing},
+                                                 {QStringLiteral("ports"), QJsonArray{to}}}},
+    };
+}
+
+// A mixer's controllers 0-7 become the DAW's 32-39; notes and pitch bend pass
+// as they are. Every rule has its mirror image from the DAW back to the mixer.
+QJsonDocument ControlSurfaceRuleFile()
+{
+    QJsonArray rules;
+    const QString mixer = QStringLiteral("Mixer In");
+    const QString mixerOut = QStringLiteral("Mixer Out");
+    const QString daw = QStringLiteral("DAW");
+    for (int channel = 0; channel < CHANNELS; ++channel)
+    {
+        const QString c = QString::number(channel, 16).toUpper();
+        for (int controller = 0; controller < CONTROLLERS; ++controller)
+        {
+            const QString mixerCC = QStringLiteral("B%1 0%2 v").arg(c).arg(controller);
+            const QString dawCC = QStringLiteral("B%1 2%2 v").arg(c).arg(controller);
+            rules.append(Rule(QStringLiteral("CC"), mixerCC, mixer, dawCC, daw));
+            rules.append(Rule(QStringLiteral("CC back"), dawCC, daw, mixerCC, mixerOut));
+        }
+        for (const QString& status : {QStringLiteral("9"), QStringLiteral("E")})
+        {
+            const QString message = status + c + QStringLiteral(" x v");
+            rules.append(Rule(QStringLiteral("Pass"), message, mixer, message, daw));
+            rules.append(Rule(QStringLiteral("Pass back"), message, daw, message, mixerOut));
+        }
+    }
+    auto alias = [](const char* type, const char* alias, const char* name)
+    {
+        return QJsonObject{{QStringLiteral("type"), QLatin1String(type)},
+                           {QStringLiteral("alias"), QLatin1String(alias)},
+                           {QStringLiteral("name"), QLatin1String(name)}};
+    };
+    return QJsonDocument(QJsonObject{
+        {QStringLiteral("port_aliases"),
+         QJsonArray{alias("input", "Mixer In", "Desk"), alias("output", "Mixer Out", "Desk"),
+                    alias("input", "DAW", "Bench DAW"), alias("output", "DAW", "Bench DAW")}},
+        {QStringLiteral("rules"), rules},
+    });
+}
+
+// Whole messages from the rules' families, drawn with a fixed seed and cut
+// into reads of chunkSize messages each.
+QList<QByteArray> MixerChunks(int chunkSize)
+{
+    std::mt19937 random(20261121);
+    QList<QByteArray> chunks;
+    for (int chunk = 0; chunk < 1024; ++chunk)
+    {
+        QByteArray bytes;
+        for (int message = 0; message < chunkSize; ++message)
+        {
+            const int channel = static_cast<int>(random() % CHANNELS);
+            const int kind = static_cast<int>(random() % (CONTROLLERS + 2));
+            const char data = static_cast<char>(random() % 128);
+            if (kind < CONTROLLERS)
+            {
+                bytes.append(static_cast<char>(0xB0 | channel)).append(static_cast<char>(kind)).append(data);
+            }
+            else
+            {
+                const char status = static_cast<char>((kind == CONTROLLERS ? 0x90 : 0xE0) | channel);
+                bytes.append(status).append(static_cast<char>(random() % 128)).append(data);
+            }
+        }
+        chunks.append(bytes);
+    }
+    return chunks;
+}
+
+void BM_Dispatch(benchmark::State& state)
+{
+    const int chunkSize = static_cast<int>(state.range(0));
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("control_surface.json"));
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly))
+        {
+            state.SkipWithError("cannot write the rule file");
+            return;
+        }
+        file.write(ControlSurfaceRuleFile().toJson());
+    }
+
+    // The ports outlive the configuration that has them registered.
+    cBenchPort desk;
+    cBenchPort daw;
+    auto* registry = new cSystemMIDIConfigurationMemory;
+    cMIDITranslatorConfiguration configuration(registry);
+    registry->AddInternalInputOutput(QStringLiteral("Desk"), &desk);
+    registry->AddInternalInputOutput(QStringLiteral("Bench DAW"), &daw);
+    configuration.LoadFromFile(path);
+    if (configuration.GetMIDITranslatorRules().size() != 160)
+    {
+        state.SkipWithError("the rule file did not load 160 rules");
+        return;
+    }
+
+    const QList<QByteArray> chunks = MixerChunks(chunkSize);
+    int next = 0;
+    for (auto _ : state)
+    {
+        desk.Deliver(chunks.at(next));
+        next = (next + 1) % chunks.size();
+    }
+    if (daw.writes != static_cast<int64_t>(state.iterations()) * chunkSize)
+    {
+        state.SkipWithError("not every message was translated");
+    }
+    state.SetItemsProcessed(daw.writes);
+}
+}
+
+BENCHMARK(BM_Dispatch)->Arg(1)->Arg(64);
+BENCHMARK_MAIN();
