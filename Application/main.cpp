@@ -1,8 +1,38 @@
-#include <cstdio>
+#include "Application/ApplicationStrings.h"
+#include "Application/MainWindow.h"
+#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
 
-// Placeholder until the tray application lands: it builds and runs, and says so.
-int main()
+#include <QApplication>
+#include <QMessageBox>
+#include <QSystemTrayIcon>
+
+int main(int argc, char* argv[])
 {
-    std::puts("Tessera 1.30: the tray application is not built yet.");
-    return 0;
+    Q_INIT_RESOURCE(MIDITranslator);
+
+    // These three place the per-user settings store.
+    QCoreApplication::setOrganizationName(ORGANISATION_NAME_STRING);
+    QCoreApplication::setOrganizationDomain(ORGANISATION_DOMAIN_STRING);
+    QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
+
+    QApplication application(argc, argv);
+
+    // The tray menu is the program's only way to be shown or quit.
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+    {
+        QMessageBox::critical(nullptr, QObject::tr("Systray"),
+            QObject::tr("Could not detect any system tray on this system"), QMessageBox::Ok);
+        return 1;
+    }
+
+    // Closing the preferences window leaves the program running in the tray.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    int result = 0;
+    {
+        cMainWindow mainWindow(new cSystemMIDIConfigurationALSA);
+        mainWindow.setWindowFlags(Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint);
+        result = application.exec();
+    }
+    return result;
 }

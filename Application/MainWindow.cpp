@@ -1,0 +1,589 @@
+#include "Application/MainWindow.h"
+
+#include "Application/ApplicationStrings.h"
+#include "Application/IPAddressValidator.h"
+#include "Application/MIDIActiveWidget.h"
+#include "Application/WidgetGroup.h"
+#include "ui_MainWindow.h"
+#include "Common/MIDI/SystemMIDIConfiguration.h"
+#include "MIDITranslator/FileLocations.h"
+#include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "Network/MultiUnitFinder.h"
+#include "Network/TCPMIDIInptOutput.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QLayout>
+#include <QMenu>
+#include <QMessageBox>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QStatusBar>
+#include <QUrl>
+
+namespace
+{
+const QString DEFAULT_UNIT_IP_ADDRESS = QStringLiteral("192.168.1.1");
+const QString MIDI_MODE_SETTING = QStringLiteral("MIDI");
+const QString TCP_MODE_SETTING = QStringLiteral("TCP");
+const QString NO_PORT_ENTRY = QStringLiteral("-");
+const QString OFFLINE_PORT_PREFIX = QStringLiteral("(Offline) ");
+const QString MIDI_CHANNEL_VARIABLE_NAME = QStringLiteral("MIDI Channel");
+const QString ICON_PATH = QStringLiteral(":/Images/Icon.svg");
+
+// Each mixer family answers its own discovery datagram.
+QString FindStringForMixer(const QString& mixerName)
+{
+    if (mixerName.contains(QStringLiteral("Tx")))
+    {
+        return QStringLiteral("TX Find");
+    }
+    if (mixerName.contains(QStringLiteral("KVR")))
+    {
+        return QStringLiteral("KVR Find");
+    }
+    return QString();
+}
+
+bool IsCustomUnit(const sUnit& unit)
+{
+    return unit.name == CUSTOM_UNIT_STRING && unit.findString.isEmpty();
+}
+}
+
+cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWidget* parent)
+    : QMainWindow(parent),
+      ui(new Ui_MainWindow),
+      midiPortsGroup(new cWidgetGroup(this)),
+      tcpIPGroup(new cWidgetGroup(this)),
+      customUnit{QHostAddress(DEFAULT_UNIT_IP_ADDRESS), CUSTOM_UNIT_STRING, QString()}
+{
+    RegisterUnitMetaType();
+    mixerDawMap.LoadFromFilePath(cFileLocations::GetMixerMapFilePath());
+
+    ui->setupUi(this);
+    ui->mIPAddressEdit->setValidator(new cIPAddressValidator(ui->mIPAddressEdit));
+    connect(ui->mIPAddressEdit, &QLineEdit::textChanged, this, &cMainWindow::IPAddressChanged);
+    setFixedSize(layout()->sizeHint());
+
+    translatorConfiguration = new cMIDITranslatorConfiguration(systemMIDIConfiguration);
+    CreateMixerTypeComboBox();
+
+    tcpMIDIInputOutput = new cTCPMIDIInptOutput(this);
+    connect(tcpMIDIInputOutput, &cTCPMIDIInptOutput::StateStringChanged,
+        this, &cMainWindow::TCPMIDIConnectionStateStringChanged);
+
+    multiUnitFinder = new cMultiUnitFinder(this);
+    connect(multiUnitFinder, &cMultiUnitFinder::UnitFound, this, &cMainWindow::FoundUnitsChanged);
+    connect(multiUnitFinder, &cMultiUnitFinder::UnitLost, this, &cMainWindow::FoundUnitsChanged);
+
+    CreateMIDIChannelComboBox();
+    CreateConnectionRadioGroups();
+    CreateUI();
+    LoadSettings();
+
+    // Only now: filling the protocol list while loading is not a user's choice.
+    connect(ui->mDAWTypeComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged),
+        this, &cMainWindow::SelectedDAWChanged);
+}
+
+cMainWindow::~cMainWindow()
+{
+    // The registry, the link and the finder may still signal while they are
+    // torn down; nothing here may answer them any more.
+    translatorConfiguration->GetSystemMIDIConfiguration()->disconnect(this);
+    tcpMIDIInputOutput->disconnect(this);
+    multiUnitFinder->disconnect(this);
+    delete translatorConfiguration;
+    delete ui;
+}
+
+void cMainWindow::CreateMixerTypeComboBox()
+{
+    QStringList mixerNames = mixerDawMap.GetMixerNames();
+    mixerNames.sort(Qt::CaseSensitive);
+    for (const QString& mixerName : qAsConst(mixerNames))
+    {
+        ui->mMixerTypeComboBox->addItem(mixerName, FindStringForMixer(mixerName));
+    }
+    connect(ui->mMixerTypeComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged),
+        this, &cMainWindow::SelectedMixerTypeChanged);
+}
+
+void cMainWindow::CreateMIDIChannelComboBox()
+{
+    for (int channel = 0; channel < 16; ++channel)
+    {
+        ui->mMIDIChannelComboBox->addItem(QString::number(channel + 1), channel);
+    }
+    connect(ui->mMIDIChannelComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged),
+        this, &cMainWindow::MIDIChannelComboIndexChanged);
+}
+
+void cMainWindow::CreateConnectionRadioGroups()
+{
+    midiPortsGroup->AddWidget(ui->mMixerMIDIInLabel);
+    midiPortsGroup->AddWidget(ui->mMixerMIDIInComboBox);
+    midiPortsGroup->AddWidget(ui->mMixerMIDIOutLabel);
+    midiPortsGroup->AddWidget(ui->mMixerMIDIOutComboBox);
+    tcpIPGroup->AddWidget(ui->mUnitComboBox);
+    tcpIPGroup->AddWidget(ui->mIPAddressEdit);
+    tcpIPGroup->AddWidget(ui->mConnectCheckBox);
+    connect(ui->mMixerMIDIInComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged),
+        this, &cMainWindow::MixerMIDIInputSelected);
+    connect(ui->mMixerMIDIOutComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged),
+        this, &cMainWindow::MixerMIDIOutputSelected);
+    connect(ui->mUnitComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged),
+        this, &cMainWindow::SelectedUnitChanged);
+    connect(ui->mMIDIPortsRadioButton, &QRadioButton::toggled, this, &cMainWindow::MixerConnectionModeToggled);
+    connect(ui->mTCPIPRadioButton, &QRadioButton::toggled, this, &cMainWindow::MixerConnectionModeToggled);
+    MixerConnectionModeToggled();
+}
+
+void cMainWindow::CreateUI()
+{
+    setWindowIcon(QIcon(ICON_PATH));
+    CreateActions();
+
+    // Help stands above About on purpose: it is what a user looks for first.
+    trayIconMenu = new QMenu(this);
+    trayIconMenu->addAction(showPreferencesAction);
+    trayIconMenu->addSeparator();
+    trayIconMenu->addAction(helpAction);
+    trayIconMenu->addAction(aboutAction);
+    trayIconMenu->addSeparator();
+    trayIconMenu->addAction(quitAction);
+
+    trayIcon = new QSystemTrayIcon(this);
+    trayIcon->setContextMenu(trayIconMenu);
+    trayIcon->setIcon(QIcon(ICON_PATH));
+    trayIcon->setVisible(true);
+
+    cMIDIActiveWidget* inputLamp = new cMIDIActiveWidget;
+    inputLamp->setObjectName(QStringLiteral("mMixerMIDIInActiveWidget"));
+    inputLamp->setFixedSize(10, 10);
+    connect(translatorConfiguration, &cMIDITranslatorConfiguration::MixerMIDIInputRead,
+        inputLamp, &cMIDIActiveWidget::MIDIActive);
+    cMIDIActiveWidget* outputLamp = new cMIDIActiveWidget;
+    outputLamp->setObjectName(QStringLiteral("mMixerMIDIOutActiveWidget"));
+    outputLamp->setFixedSize(10, 10);
+    connect(translatorConfiguration, &cMIDITranslatorConfiguration::MixerMIDIOutputWrite,
+        outputLamp, &cMIDIActiveWidget::MIDIActive);
+    statusBar()->addPermanentWidget(inputLamp);
+    statusBar()->addPermanentWidget(outputLamp);
+    statusBar()->layout()->setContentsMargins(0, 0, 5, 0);
+
+    connect(trayIcon, &QSystemTrayIcon::activated, this, &cMainWindow::SystemTrayIconActivated);
+    connect(ui->mConnectCheckBox, &QCheckBox::toggled, this, &cMainWindow::ConnectCheckBoxToggled);
+}
+
+void cMainWindow::CreateActions()
+{
+    showPreferencesAction = new QAction(tr("&Show Preferences"), this);
+    connect(showPreferencesAction, &QAction::triggered, this, &cMainWindow::ShowPreferences);
+    aboutAction = new QAction(tr("&About"), this);
+    connect(aboutAction, &QAction::triggered, this, &cMainWindow::ShowAboutMessageBox);
+    helpAction = new QAction(tr("&Help"), this);
+    connect(helpAction, &QAction::triggered, this, &cMainWindow::OpenHelpManual);
+    quitAction = new QAction(tr("&Quit"), this);
+    connect(quitAction, &QAction::triggered, qApp, &QCoreApplication::quit);
+}
+
+void cMainWindow::ShowPreferences()
+{
+    // A tray program is not brought to the front by showing its window alone.
+    showNormal();
+    raise();
+    activateWindow();
+}
+
+void cMainWindow::SystemTrayIconActivated(QSystemTrayIcon::ActivationReason reason)
+{
+    // The platform opens the context menu by itself on the other clicks.
+    if (reason == QSystemTrayIcon::DoubleClick)
+    {
+        ShowPreferences();
+    }
+}
+
+void cMainWindow::ShowAboutMessageBox()
+{
+    QMessageBox::about(this, ABOUT_TITLE, ABOUT_BODY);
+}
+
+void cMainWindow::OpenHelpManual()
+{
+    // The manual lies in the resources beside the program's own directory,
+    // both in the build tree and once installed. A missing file is left to
+    // the desktop's handler to report.
+    const QString path = QCoreApplication::applicationDirPath() + QDir::separator() + QStringLiteral("..")
+        + QDir::separator() + QStringLiteral("Resources") + QDir::separator() + QStringLiteral("HelpManual.pdf");
+    QDesktopServices::openUrl(QUrl(QStringLiteral("file:///") + path));
+}
+
+void cMainWindow::LoadSettings()
+{
+    QString mixerType = QSettings().value(cSettingsKeys::GetMixerTypeKey()).toString();
+    // An earlier release stored this mixer by its short name.
+    if (mixerType == QStringLiteral("Tx"))
+    {
+        mixerType = QStringLiteral("Tx-16");
+    }
+    if (!mixerType.isEmpty())
+    {
+        const int index = ui->mMixerTypeComboBox->findText(mixerType, Qt::MatchExactly | Qt::MatchCaseSensitive);
+        if (index >= 0)
+        {
+            ui->mMixerTypeComboBox->setCurrentIndex(index);
+        }
+    }
+    SelectedMixerTypeChanged(ui->mMixerTypeComboBox->currentIndex());
+}
+
+void cMainWindow::SelectedMixerTypeChanged(int index)
+{
+    const QString mixerName = ui->mMixerTypeComboBox->itemText(index);
+    QSettings().setValue(cSettingsKeys::GetMixerTypeKey(), mixerName);
+    settingsKeys.SetMixerTypeString(mixerName);
+    customUnit.address = QHostAddress(
+        QSettings().value(settingsKeys.GetDefaultUnitIPAddressKey(), DEFAULT_UNIT_IP_ADDRESS).toString());
+
+    {
+        const QSignalBlocker blocker(ui->mDAWTypeComboBox);
+        PopulateDAWTypeComboBox();
+        LoadDAWSetting();
+    }
+
+    translatorConfiguration->LoadFromFile(cFileLocations::GetConfigurationFileDirectory()
+        + mixerDawMap.GetFilePathForMixerAndDAW(mixerName, ui->mDAWTypeComboBox->currentText()));
+    LoadMIDIChannelSetting();
+
+    // A new choice never stays connected to the unit of the old one.
+    ui->mConnectCheckBox->setChecked(false);
+
+    multiUnitFinder->StopFindingAllUnits();
+    multiUnitFinder->StartFindingUnits(ui->mMixerTypeComboBox->itemData(index).toString());
+    FoundUnitsChanged();
+
+    RepopulateMixerMIDIInputComboBox();
+    RepopulateMixerMIDIOutputComboBox();
+
+    const QString mode = QSettings().value(settingsKeys.GetMixerConnectionTypeKey()).toString();
+    if (mode == MIDI_MODE_SETTING)
+    {
+        ui->mMIDIPortsRadioButton->setChecked(true);
+    }
+    else if (mode == TCP_MODE_SETTING)
+    {
+        ui->mTCPIPRadioButton->setChecked(true);
+    }
+    MixerConnectionModeToggled();
+}
+
+void cMainWindow::SelectedDAWChanged(int index)
+{
+    QSettings().setValue(cSettingsKeys::GetDAWTypeKey(), ui->mDAWTypeComboBox->itemText(index));
+    SelectedMixerTypeChanged(ui->mMixerTypeComboBox->currentIndex());
+}
+
+void cMainWindow::PopulateDAWTypeComboBox()
+{
+    ui->mDAWTypeComboBox->clear();
+    ui->mDAWTypeComboBox->addItems(mixerDawMap.GetDAWNamesForMixer(ui->mMixerTypeComboBox->currentText()));
+}
+
+void cMainWindow::LoadDAWSetting()
+{
+    const QString dawType = QSettings().value(cSettingsKeys::GetDAWTypeKey()).toString();
+    const int index = ui->mDAWTypeComboBox->findText(dawType, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (!dawType.isEmpty() && index >= 0)
+    {
+        ui->mDAWTypeComboBox->setCurrentIndex(index);
+    }
+}
+
+void cMainWindow::LoadMIDIChannelSetting()
+{
+    const unsigned char channel = static_cast<unsigned char>(
+        QSettings().value(settingsKeys.GetMIDIChannelKey(), 1).toUInt() & 0xFF);
+    for (int index = 0; index < ui->mMIDIChannelComboBox->count(); ++index)
+    {
+        if (ui->mMIDIChannelComboBox->itemData(index).toUInt() == channel)
+        {
+            ui->mMIDIChannelComboBox->setCurrentIndex(index);
+            SetMIDITranslatorMIDIChannelVariable(channel);
+            return;
+        }
+    }
+}
+
+void cMainWindow::MIDIChannelComboIndexChanged(int index)
+{
+    SetMIDITranslatorMIDIChannelVariable(
+        static_cast<unsigned char>(ui->mMIDIChannelComboBox->itemData(index).toUInt() & 0xFF));
+}
+
+void cMainWindow::SetMIDITranslatorMIDIChannelVariable(unsigned char channel)
+{
+    // A rule file may keep the channel in more than one variable (one per
+    // direction, say); all of them follow the user's choice.
+    QStringList channelVariableNames;
+    for (const cMIDITranslatorVariable& variable : translatorConfiguration->GetMIDITranslatorVariables())
+    {
+        if (variable.GetDescriptiveName() == MIDI_CHANNEL_VARIABLE_NAME)
+        {
+            channelVariableNames.append(variable.GetVariableName());
+        }
+    }
+    for (const QString& variableName : qAsConst(channelVariableNames))
+    {
+        translatorConfiguration->SetVariableValue(variableName, channel);
+    }
+    QSettings().setValue(settingsKeys.GetMIDIChannelKey(), static_cast<unsigned int>(channel));
+}
+
+void cMainWindow::MixerConnectionModeToggled()
+{
+    cSystemMIDIConfiguration* registry = translatorConfiguration->GetSystemMIDIConfiguration();
+    if (ui->mMIDIPortsRadioButton->isChecked())
+    {
+        QSettings().setValue(settingsKeys.GetMixerConnectionTypeKey(), MIDI_MODE_SETTING);
+        tcpIPGroup->Hide();
+        midiPortsGroup->Show();
+        ui->mConnectCheckBox->setChecked(false);
+        statusBar()->clearMessage();
+        RepopulateMixerMIDIInputComboBox();
+        RepopulateMixerMIDIOutputComboBox();
+        // The lists follow ports being plugged in and out while they are shown.
+        connect(registry, &cSystemMIDIConfiguration::InputAddedSignal,
+            this, &cMainWindow::RepopulateMixerMIDIInputComboBox, Qt::UniqueConnection);
+        connect(registry, &cSystemMIDIConfiguration::InputRemovedSignal,
+            this, &cMainWindow::RepopulateMixerMIDIInputComboBox, Qt::UniqueConnection);
+        connect(registry, &cSystemMIDIConfiguration::OutputAddedSignal,
+            this, &cMainWindow::RepopulateMixerMIDIOutputComboBox, Qt::UniqueConnection);
+        connect(registry, &cSystemMIDIConfiguration::OutputRemovedSignal,
+            this, &cMainWindow::RepopulateMixerMIDIOutputComboBox, Qt::UniqueConnection);
+    }
+    else
+    {
+        QSettings().setValue(settingsKeys.GetMixerConnectionTypeKey(), TCP_MODE_SETTING);
+        midiPortsGroup->Hide();
+        tcpIPGroup->Show();
+        statusBar()->showMessage(tcpMIDIInputOutput->GetCurrentSocketStateDescription());
+        registry->disconnect(this);
+        translatorConfiguration->SetMixerInputPortName(QString::fromLatin1(TCP_MIDI_PORT_NAME));
+        translatorConfiguration->SetMixerOutputPortName(QString::fromLatin1(TCP_MIDI_PORT_NAME));
+    }
+}
+
+void cMainWindow::RepopulateMixerMIDIInputComboBox()
+{
+    RepopulateMixerMIDIPortComboBox(ui->mMixerMIDIInComboBox,
+        translatorConfiguration->GetSystemMIDIConfiguration()->GetSystemMIDIInputNames(),
+        settingsKeys.GetMIDIInputPortKey(), &cMIDITranslatorConfiguration::SetMixerInputPortName);
+}
+
+void cMainWindow::RepopulateMixerMIDIOutputComboBox()
+{
+    RepopulateMixerMIDIPortComboBox(ui->mMixerMIDIOutComboBox,
+        translatorConfiguration->GetSystemMIDIConfiguration()->GetSystemMIDIOutputNames(),
+        settingsKeys.GetMIDIOutputPortKey(), &cMIDITranslatorConfiguration::SetMixerOutputPortName);
+}
+
+void cMainWindow::RepopulateMixerMIDIPortComboBox(QComboBox* comboBox, QStringList portNames,
+    const QString& settingsKey, void (cMIDITranslatorConfiguration::*setPortName)(QString))
+{
+    portNames.sort(Qt::CaseSensitive);
+
+    // The saved port stays the configured one even while it is unplugged, so
+    // traffic resumes by itself when it comes back.
+    const QString savedPortName = QSettings().value(settingsKey).toString();
+    (translatorConfiguration->*setPortName)(savedPortName);
+
+    const QSignalBlocker blocker(comboBox);
+    comboBox->clear();
+    comboBox->addItem(NO_PORT_ENTRY);
+    for (const QString& portName : qAsConst(portNames))
+    {
+        comboBox->addItem(portName, portName);
+    }
+    if (savedPortName.isEmpty())
+    {
+        comboBox->setCurrentIndex(0);
+    }
+    else if (portNames.contains(savedPortName))
+    {
+        comboBox->setCurrentIndex(portNames.indexOf(savedPortName) + 1);
+    }
+    else
+    {
+        comboBox->addItem(OFFLINE_PORT_PREFIX + savedPortName);
+        comboBox->setCurrentIndex(comboBox->count() - 1);
+    }
+}
+
+void cMainWindow::MixerMIDIInputSelected(int index)
+{
+    MixerMIDIPortSelected(ui->mMixerMIDIInComboBox, index, settingsKeys.GetMIDIInputPortKey(),
+        &cMIDITranslatorConfiguration::SetMixerInputPortName);
+}
+
+void cMainWindow::MixerMIDIOutputSelected(int index)
+{
+    MixerMIDIPortSelected(ui->mMixerMIDIOutComboBox, index, settingsKeys.GetMIDIOutputPortKey(),
+        &cMIDITranslatorConfiguration::SetMixerOutputPortName);
+}
+
+void cMainWindow::MixerMIDIPortSelected(QComboBox* comboBox, int index, const QString& settingsKey,
+    void (cMIDITranslatorConfiguration::*setPortName)(QString))
+{
+    // "-" clears the port; the offline entry carries no name and changes nothing.
+    const QString portName = comboBox->itemData(index).toString();
+    if (index == 0 || !portName.isEmpty())
+    {
+        (translatorConfiguration->*setPortName)(portName);
+        QSettings().setValue(settingsKey, portName);
+    }
+}
+
+void cMainWindow::FoundUnitsChanged()
+{
+    // While connected the list stays as it is, so the connected unit cannot
+    // vanish from under the user.
+    if (tcpMIDIInputOutput->IsConnected())
+    {
+        return;
+    }
+    {
+        const QSignalBlocker blocker(ui->mUnitComboBox);
+        ui->mUnitComboBox->clear();
+        ui->mUnitComboBox->addItem(customUnit.name, QVariant::fromValue(customUnit));
+        const QList<sUnit> foundUnits = multiUnitFinder->GetFoundUnits();
+        for (const sUnit& unit : foundUnits)
+        {
+            ui->mUnitComboBox->addItem(unit.name, QVariant::fromValue(unit));
+        }
+    }
+
+    const QString defaultUnitName = QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString();
+    if (defaultUnitName.isEmpty() && ui->mUnitComboBox->count() > 1)
+    {
+        const QSignalBlocker blocker(ui->mUnitComboBox);
+        ui->mUnitComboBox->setCurrentIndex(1);
+        SelectedUnitChanged(1);
+        return;
+    }
+    ForceSelectUnit(defaultUnitName, QHostAddress(
+        QSettings().value(settingsKeys.GetDefaultUnitIPAddressKey(), DEFAULT_UNIT_IP_ADDRESS).toString()));
+}
+
+bool cMainWindow::TrySelectUnit(QString name)
+{
+    for (int index = 1; index < ui->mUnitComboBox->count(); ++index)
+    {
+        const sUnit unit = ui->mUnitComboBox->itemData(index).value<sUnit>();
+        if (unit.name == name)
+        {
+            {
+                const QSignalBlocker blocker(ui->mUnitComboBox);
+                ui->mUnitComboBox->setCurrentIndex(index);
+            }
+            SelectedUnitChanged(index);
+            QSettings().setValue(settingsKeys.GetDefaultUnitIPAddressKey(), unit.address.toString());
+            SetCustomUnitAddress(unit.address);
+            return true;
+        }
+    }
+    return false;
+}
+
+void cMainWindow::ForceSelectUnit(QString name, QHostAddress address)
+{
+    if (TrySelectUnit(name))
+    {
+        return;
+    }
+    {
+        const QSignalBlocker blocker(ui->mUnitComboBox);
+        ui->mUnitComboBox->setCurrentIndex(0);
+    }
+    ui->mIPAddressEdit->setText(address.toString());
+    SelectedUnitChanged(0);
+}
+
+void cMainWindow::SelectedUnitChanged(int index)
+{
+    const sUnit unit = ui->mUnitComboBox->itemData(index).value<sUnit>();
+    ui->mIPAddressEdit->setText(unit.address.toString());
+    ui->mIPAddressEdit->setEnabled(IsCustomUnit(unit));
+    ui->mConnectCheckBox->setChecked(false);
+}
+
+void cMainWindow::SetCustomUnitAddress(const QHostAddress& address)
+{
+    // The list's first entry carries its own copy of the custom unit.
+    customUnit.address = address;
+    if (ui->mUnitComboBox->count() > 0)
+    {
+        ui->mUnitComboBox->setItemData(0, QVariant::fromValue(customUnit));
+    }
+}
+
+sUnit cMainWindow::GetSelectedUnit() const
+{
+    return ui->mUnitComboBox->currentData().value<sUnit>();
+}
+
+bool cMainWindow::IsIPAddressValid() const
+{
+    QString text = ui->mIPAddressEdit->text();
+    int pos = 0;
+    return ui->mIPAddressEdit->validator()->validate(text, pos) == QValidator::Acceptable;
+}
+
+void cMainWindow::IPAddressChanged()
+{
+    ui->mConnectCheckBox->setEnabled(IsIPAddressValid());
+}
+
+QHostAddress cMainWindow::GetEnteredAddress() const
+{
+    // The mask pads groups with blanks and allows leading zeros, which an
+    // address parser could read as octal; rebuild the plain dotted form.
+    QStringList groups = ui->mIPAddressEdit->text().split(QLatin1Char('.'));
+    for (QString& group : groups)
+    {
+        group = QString::number(group.trimmed().toInt());
+    }
+    return QHostAddress(groups.join(QLatin1Char('.')));
+}
+
+void cMainWindow::ConnectCheckBoxToggled(bool checked)
+{
+    if (checked)
+    {
+        const QHostAddress address = GetEnteredAddress();
+        tcpMIDIInputOutput->ConnectToHost(address);
+        QSettings().setValue(settingsKeys.GetDefaultUnitNameKey(), GetSelectedUnit().name);
+        QSettings().setValue(settingsKeys.GetDefaultUnitIPAddressKey(), ui->mIPAddressEdit->text());
+        SetCustomUnitAddress(address);
+        translatorConfiguration->SetTCPMIDIInputOutput(tcpMIDIInputOutput);
+    }
+    else
+    {
+        translatorConfiguration->SetTCPMIDIInputOutput(nullptr);
+        tcpMIDIInputOutput->DisconnectFromHost();
+    }
+    ui->mUnitComboBox->setEnabled(!checked);
+    ui->mIPAddressEdit->setEnabled(!checked && IsCustomUnit(GetSelectedUnit()));
+}
+
+void cMainWindow::TCPMIDIConnectionStateStringChanged(QString text)
+{
+    if (ui->mTCPIPRadioButton->isChecked())
+    {
+        statusBar()->showMessage(text);
+    }
+}
