@@ -41,11 +41,11 @@ QByteArray Bytes(const char* hex)
 class cLoadedFile
 {
 public:
-    explicit cLoadedFile(const QString& file) :
+    explicit cLoadedFile(const QString& path) :
         registry(new cSystemMIDIConfigurationMemory), configuration(registry)
     {
         registry->AddSystemInputOutput(CONSOLE);
-        configuration.LoadFromFile(cFileLocations::GetConfigurationFileDirectory() + file);
+        configuration.LoadFromFile(path);
         configuration.SetMixerInputPortName(CONSOLE);
         configuration.SetMixerOutputPortName(CONSOLE);
     }
@@ -81,6 +81,8 @@ private slots:
     void EveryFileLoadsCleanly();
     void Translates_data();
     void Translates();
+    void DocumentedExamples_data();
+    void DocumentedExamples();
 };
 
 void tShippedRules::MapNamesTheMixerTypesAndProtocols()
@@ -245,7 +247,7 @@ void tShippedRules::Translates()
     QFETCH(QByteArray, output);
 
     cStdoutCapture capture;
-    cLoadedFile loaded(file);
+    cLoadedFile loaded(cFileLocations::GetConfigurationFileDirectory() + file);
     // The main window applies the user's channel to the variable by its value.
     loaded.configuration.SetVariableValue(QStringLiteral("n"), UBYTE(channel - 1));
 
@@ -253,6 +255,37 @@ void tShippedRules::Translates()
     QCOMPARE(written.value(to).toHex(' '), output.toHex(' '));
     written.remove(to);
     QCOMPARE(written.keys(), QStringList());
+    QCOMPARE(capture.ErrorLines(), QStringList());
+}
+
+// The examples of the rule file guide, each rule on a port of its own.
+void tShippedRules::DocumentedExamples_data()
+{
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<QByteArray>("output");
+
+    QTest::newRow("second character is the upper half") << "Upper half" << Bytes("93407F") << Bytes("894000");
+    QTest::newRow("lone letter copies the byte") << "Whole" << Bytes("B01045") << Bytes("B01045");
+    QTest::newRow("lower half behind a digit") << "Low into 4" << Bytes("B01005") << Bytes("B01045");
+    QTest::newRow("lower half in front of a digit") << "Low into high" << Bytes("B01027") << Bytes("B01075");
+    QTest::newRow("upper half in front of a variable") << "High and n" << Bytes("B01027") << Bytes("B01023");
+    QTest::newRow("lone nibble variable") << "Lone" << Bytes("934064") << Bytes("B009");
+    QTest::newRow("zero shares the variable's path") << "Shared" << Bytes("B00755") << Bytes("A001A002");
+    QTest::newRow("file variable picks the channel") << "Channel" << Bytes("B3007F") << Bytes("E07F7F");
+    QTest::newRow("other channel ignored") << "Channel" << Bytes("B0007F") << QByteArray();
+}
+
+void tShippedRules::DocumentedExamples()
+{
+    QFETCH(QString, port);
+    QFETCH(QByteArray, input);
+    QFETCH(QByteArray, output);
+
+    cStdoutCapture capture;
+    cLoadedFile loaded(QStringLiteral(TESSERA_TEST_DATA_DIR "/maps/documented_examples.json"));
+    QHash<QString, QByteArray> written = loaded.Send(port, input);
+    QCOMPARE(written.value(QStringLiteral("Result")).toHex(' '), output.toHex(' '));
     QCOMPARE(capture.ErrorLines(), QStringList());
 }
 
