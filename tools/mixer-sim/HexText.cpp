@@ -5,12 +5,12 @@
 
 bool HexText::Parse(const QString& text, QByteArray& bytes)
 {
-    static const QRegularExpression hexPairs(QStringLiteral("^([0-9A-Fa-f]{2})+$"));
+    static const QRegularExpression hexDigits(QStringLiteral("^[0-9A-Fa-f]+$"));
     QByteArray parsed;
     const QStringList groups = text.split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
     for (const QString& group : groups)
     {
-        if (!hexPairs.match(group).hasMatch())
+        if (group.size() % 2 != 0 || !hexDigits.match(group).hasMatch())
         {
             return false;
         }
