@@ -8,8 +8,10 @@ TESSERA_BUILD_PACKAGES=(build-essential cmake pkg-config qtbase5-dev qtbase5-dev
     libasound2-dev fonts-dejavu-core)
 # What the test suite needs on top: benchmarks are built with the project,
 # fuzzers with clang and its libFuzzer runtime, network tests in a private
-# namespace (iproute2), window tests under Xvfb with a small tray host.
-TESSERA_TEST_PACKAGES=(libbenchmark-dev clang libclang-rt-14-dev iproute2 util-linux xvfb xauth trayer)
+# namespace (iproute2), window tests under Xvfb with a small tray host, driven
+# with xdotool and inspected with xwininfo (x11-utils) and python3.
+TESSERA_TEST_PACKAGES=(libbenchmark-dev clang libclang-rt-14-dev iproute2 util-linux xvfb xauth trayer
+    xdotool x11-utils python3)
 
 tessera_as_root() {
     if [[ $(id -u) == 0 ]]; then "$@"; else sudo "$@"; fi
