@@ -149,6 +149,21 @@ private slots:
         QCOMPARE(recorder.triggers.size(), 1);
     }
 
+    void RemovalWhileBarred()
+    {
+        cMatchRecorder recorder;
+        cMIDIMatchManager manager(&recorder);
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(1, "** ** **"));
+        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(2, "** ** ** **"));
+        // The states begun at 02 and 03 are barred from the first pattern when
+        // it goes; the second one still fires once, then is barred in turn.
+        Feed(manager, "01 02 03");
+        manager.RemoveMIDIMatchIdentifierFromTree(1);
+        QCOMPARE(manager.GetProcessStates().Size(), size_t(3));
+        Feed(manager, "04 05 06");
+        QCOMPARE(recorder.triggers, (QStringList{"1:010203", "2:01020304"}));
+    }
+
     void TreeShape()
     {
         // Wildcard children stand first, the latest added in front.

@@ -215,6 +215,9 @@ bool cMIDIMatchBranchNode::TestNibbleMatches(unsigned char nibble, std::vector<c
     {
         return false;
     }
-    endpointsReached.insert(endpointsReached.end(), endpoints.begin(), endpoints.end());
+    if (!endpoints.empty())
+    {
+        endpointsReached.insert(endpointsReached.end(), endpoints.begin(), endpoints.end());
+    }
     return true;
 }

@@ -49,6 +49,12 @@ void cMIDIMatchManager::RemoveMIDIMatchIdentifierFromTree(int identifier)
     cMIDIMatchBranchNodeEndpoint* endpoint = found->second.second;
     endpointMap.erase(found);
 
+    // Reachability of a barred endpoint is worked out from the endpoint
+    // itself, so no state may keep the address of one that is deleted.
+    for (size_t index = 0; index < processStates.Size(); ++index)
+    {
+        processStates[index].ForgetIllegalEndpoint(endpoint);
+    }
     node->RemoveBranchNodeEndpoint(endpoint);
 
     std::vector<cMIDIMatchBranchNode*> removedNodes;
@@ -104,9 +110,15 @@ void cMIDIMatchManager::ProcessNibble(unsigned char nibble, cMIDIMatchBranchNode
     ProcessNibbleForCurrentProcessStates(nibble, newStates, endpointsReached);
 
     processStates.AppendAll(newStates);
-    for (size_t index = 0; index < processStates.Size(); ++index)
+    // With nothing reached nothing new is barred, and a barred endpoint that
+    // went out of reach stays out of reach (states only move down), so the
+    // clean-up can wait for the next nibble that reaches something.
+    if (!endpointsReached.empty())
     {
-        processStates[index].UpdateIllegalEndpoints(endpointsReached);
+        for (size_t index = 0; index < processStates.Size(); ++index)
+        {
+            processStates[index].UpdateIllegalEndpoints(endpointsReached);
+        }
     }
 }
 

@@ -63,7 +63,10 @@ bool cMIDIMatchProcessState::IsIllegalEndpoint(const cMIDIMatchBranchNodeEndpoin
 
 void cMIDIMatchProcessState::UpdateIllegalEndpoints(const std::vector<cMIDIMatchBranchNodeEndpoint*>& endpointsReached)
 {
-    RemoveImpossibleEndpoints();
+    if (!illegalEndpoints.empty())
+    {
+        RemoveImpossibleEndpoints();
+    }
     for (cMIDIMatchBranchNodeEndpoint* endpoint : endpointsReached)
     {
         if (currentNode->HasChildBranchNodeEndpoint(endpoint))
@@ -83,34 +86,10 @@ void cMIDIMatchProcessState::RemoveImpossibleEndpoints()
                            illegalEndpoints.end());
 }
 
-cMIDIMatchBranchNode* cMIDIMatchProcessState::GetCurrentMatchBranchNode() const
+void cMIDIMatchProcessState::ForgetIllegalEndpoint(const cMIDIMatchBranchNodeEndpoint* endpoint)
 {
-    return currentNode;
-}
-
-const std::vector<unsigned char>& cMIDIMatchProcessState::GetCapturedNibbles() const
-{
-    return capturedNibbles;
-}
-
-size_t cMIDIMatchProcessStateList::Size() const
-{
-    return size;
-}
-
-bool cMIDIMatchProcessStateList::IsEmpty() const
-{
-    return size == 0;
-}
-
-cMIDIMatchProcessState& cMIDIMatchProcessStateList::operator[](size_t index)
-{
-    return states[index];
-}
-
-const cMIDIMatchProcessState& cMIDIMatchProcessStateList::operator[](size_t index) const
-{
-    return states[index];
+    illegalEndpoints.erase(std::remove(illegalEndpoints.begin(), illegalEndpoints.end(), endpoint),
+                           illegalEndpoints.end());
 }
 
 void cMIDIMatchProcessStateList::AppendBegin(cMIDIMatchBranchNode* node, unsigned char firstNibble)
@@ -132,11 +111,6 @@ void cMIDIMatchProcessStateList::AppendAll(cMIDIMatchProcessStateList& other)
         std::swap(AppendSlot(), other.states[index]);
     }
     other.size = 0;
-}
-
-void cMIDIMatchProcessStateList::Clear()
-{
-    size = 0;
 }
 
 cMIDIMatchProcessState& cMIDIMatchProcessStateList::AppendSlot()

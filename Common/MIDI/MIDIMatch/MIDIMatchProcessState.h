@@ -44,9 +44,11 @@ public:
     void UpdateIllegalEndpoints(const std::vector<cMIDIMatchBranchNodeEndpoint*>& endpointsReached);
     // Forgets barred endpoints that are no longer reachable from here.
     void RemoveImpossibleEndpoints();
+    // Forgets an endpoint that is about to be deleted, by its address alone.
+    void ForgetIllegalEndpoint(const cMIDIMatchBranchNodeEndpoint* endpoint);
 
-    cMIDIMatchBranchNode* GetCurrentMatchBranchNode() const;
-    const std::vector<unsigned char>& GetCapturedNibbles() const;
+    cMIDIMatchBranchNode* GetCurrentMatchBranchNode() const { return currentNode; }
+    const std::vector<unsigned char>& GetCapturedNibbles() const { return capturedNibbles; }
 
 private:
     cMIDIMatchBranchNode* currentNode = nullptr;
@@ -59,10 +61,10 @@ private:
 class cMIDIMatchProcessStateList
 {
 public:
-    size_t Size() const;
-    bool IsEmpty() const;
-    cMIDIMatchProcessState& operator[](size_t index);
-    const cMIDIMatchProcessState& operator[](size_t index) const;
+    size_t Size() const { return size; }
+    bool IsEmpty() const { return size == 0; }
+    cMIDIMatchProcessState& operator[](size_t index) { return states[index]; }
+    const cMIDIMatchProcessState& operator[](size_t index) const { return states[index]; }
 
     void AppendBegin(cMIDIMatchBranchNode* node, unsigned char firstNibble);
     void AppendFork(const cMIDIMatchProcessState& source, cMIDIMatchBranchNode* node);
@@ -88,7 +90,7 @@ public:
         size = kept;
     }
 
-    void Clear();
+    void Clear() { size = 0; }
 
 private:
     cMIDIMatchProcessState& AppendSlot();
