@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -17,7 +18,16 @@ typedef struct _snd_seq snd_seq_t;
 typedef struct snd_midi_event snd_midi_event_t;
 typedef struct snd_seq_event snd_seq_event_t;
 
-class cMIDIReceiveBufferALSA;
+// Takes the MIDI that arrives at one of our ports, as raw bytes, on the
+// sequencer's reader thread.
+class cSequencerReceiverALSA
+{
+public:
+    virtual void MIDIDataReceived(const QByteArray& bytes) = 0;
+
+protected:
+    ~cSequencerReceiverALSA() = default;
+};
 
 // A sequencer port: client and port number. Numbers change when a device is
 // replugged, so they never reach the user; names do.
@@ -47,6 +57,10 @@ class cSequencerALSA : public QObject
 {
     Q_OBJECT
 public:
+    // The process's one client, opened on first use and closed when its last
+    // user lets go of it.
+    static std::shared_ptr<cSequencerALSA> Shared();
+
     // Opens the sequencer; on failure reports once and stays closed, and every
     // call below then does nothing.
     cSequencerALSA();
@@ -67,9 +81,9 @@ public:
     // Subscribes our port to another client's port.
     bool ConnectFrom(int port, sPortAddressALSA source);
 
-    // Bytes arriving at our port go to buffer; null stops the delivery, and
-    // once this returns the previous buffer is no longer touched.
-    void SetReceiveBuffer(int port, cMIDIReceiveBufferALSA* buffer);
+    // Bytes arriving at our port go to receiver; null stops the delivery, and
+    // once this returns the previous receiver is no longer called.
+    void SetReceiver(int port, cSequencerReceiverALSA* receiver);
 
     // Encodes raw bytes (running status allowed, messages may span calls) and
     // sends every complete event from our port at once, to destination or,
@@ -103,8 +117,8 @@ private:
     // status and a message split across writes stay with their port.
     std::map<int, snd_midi_event_t*> encoders;
 
-    std::mutex receiveBuffersMutex;
-    std::map<int, cMIDIReceiveBufferALSA*> receiveBuffers;
+    std::mutex receiversMutex;
+    std::map<int, cSequencerReceiverALSA*> receivers;
 };
 
 #endif

@@ -34,9 +34,6 @@ public:
     cMIDIOutput* GetMIDIOutput(QString name) override;
     QStringList GetSystemMIDIOutputNames() const override;
 
-    // The sequencer connection this registry's ports share (possibly closed).
-    std::shared_ptr<cSequencerALSA> GetSequencer() const;
-
 protected:
     cMIDIInputOutput* NewVirtualInputOutput(const QString& name) override;
 

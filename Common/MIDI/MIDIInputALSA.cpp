@@ -1,0 +1,11 @@
+#include "Common/MIDI/MIDIInputALSA.h"
+
+#include <alsa/asoundlib.h>
+
+cMIDIInputALSA::cMIDIInputALSA(sPortAddressALSA source, QObject* parent)
+    : cMIDIReceiverALSA<cMIDIInput>(parent),
+      port(QStringLiteral("MIDI Input Port"), SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_NO_EXPORT,
+          SND_SEQ_PORT_TYPE_APPLICATION, this)
+{
+    port.ConnectFrom(source);
+}

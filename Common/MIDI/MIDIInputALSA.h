@@ -1,0 +1,20 @@
+#ifndef MIDIINPUTALSA_H
+#define MIDIINPUTALSA_H
+
+#include "Common/MIDI/MIDIInput.h"
+#include "Common/MIDI/MIDIReceiverALSA.h"
+#include "Common/MIDI/SequencerPortALSA.h"
+
+// Another client's port opened for reading: a hidden port of ours subscribed
+// to it. The subscription ends when either port goes.
+class cMIDIInputALSA : public cMIDIReceiverALSA<cMIDIInput>
+{
+    Q_OBJECT
+public:
+    cMIDIInputALSA(sPortAddressALSA source, QObject* parent = nullptr);
+
+private:
+    cSequencerPortALSA port;
+};
+
+#endif

@@ -1,0 +1,451 @@
+#include "Common/MIDI/SequencerALSA.h"
+
+#include "Application/DebugTrace.h"
+
+#include <alsa/asoundlib.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace
+{
+const char* const CLIENT_NAME = "Tessera";
+
+// The kernel's largest pools. The defaults overflow when a System Exclusive
+// burst arrives faster than the reader thread picks it up, and the kernel
+// then drops events without telling the sender.
+const int POOL_SIZE = 2000;
+// Must hold the largest single event the input pool can carry, or a long
+// System Exclusive could never be read.
+const size_t INPUT_BUFFER_SIZE = 128 * 1024;
+// Outgoing System Exclusive longer than this goes out as several events, in
+// order, the way the kernel's own MIDI device bridge delivers it.
+const size_t SYSEX_CHUNK_SIZE = 256;
+
+const unsigned int MIDI_PORT_TYPES =
+    SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_SYNTH | SND_SEQ_PORT_TYPE_APPLICATION;
+
+void TraceALSAError(const char* file, int line, const char* function, int error, const char* format, ...)
+{
+    char message[256];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(message, sizeof message, format, arguments);
+    va_end(arguments);
+    if (error != 0)
+    {
+        DebugErrTrace(file, line, function, "ALSA %s: %s: %s", function, message, snd_strerror(error));
+    }
+    else
+    {
+        DebugErrTrace(file, line, function, "ALSA %s: %s", function, message);
+    }
+}
+
+void IgnoreALSAError(const char*, int, const char*, int, const char*, ...) {}
+
+bool HasCapabilities(unsigned int capabilities, unsigned int wanted)
+{
+    return (capabilities & wanted) == wanted;
+}
+
+bool ToPortInfo(snd_seq_client_info_t* client, const snd_seq_port_info_t* port, sPortInfoALSA& info)
+{
+    const unsigned int capabilities = snd_seq_port_info_get_capability(port);
+    if (snd_seq_client_info_get_client(client) == SND_SEQ_CLIENT_SYSTEM
+        || (capabilities & SND_SEQ_PORT_CAP_NO_EXPORT) != 0
+        || (snd_seq_port_info_get_type(port) & MIDI_PORT_TYPES) == 0)
+    {
+        return false;
+    }
+    info.address = {snd_seq_port_info_get_client(port), snd_seq_port_info_get_port(port)};
+    info.name = QString::fromUtf8(snd_seq_client_info_get_name(client)) + QLatin1Char(':')
+        + QString::fromUtf8(snd_seq_port_info_get_name(port));
+    info.readable = HasCapabilities(capabilities, SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ);
+    info.writable = HasCapabilities(capabilities, SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE);
+    return info.readable || info.writable;
+}
+}
+
+bool operator==(const sPortAddressALSA& left, const sPortAddressALSA& right)
+{
+    return left.client == right.client && left.port == right.port;
+}
+
+std::shared_ptr<cSequencerALSA> cSequencerALSA::Shared()
+{
+    static std::weak_ptr<cSequencerALSA> shared;
+    std::shared_ptr<cSequencerALSA> sequencer = shared.lock();
+    if (!sequencer)
+    {
+        sequencer = std::make_shared<cSequencerALSA>();
+        shared = sequencer;
+    }
+    return sequencer;
+}
+
+const sPortAddressALSA cSequencerALSA::SUBSCRIBERS = {SND_SEQ_ADDRESS_SUBSCRIBERS, SND_SEQ_ADDRESS_UNKNOWN};
+
+cSequencerALSA::cSequencerALSA()
+{
+    qRegisterMetaType<sPortAddressALSA>();
+    if (!Open() && handle)
+    {
+        snd_seq_close(handle);
+        handle = nullptr;
+    }
+}
+
+cSequencerALSA::~cSequencerALSA()
+{
+    if (reader.joinable())
+    {
+        const uint64_t wake = 1;
+        if (write(wakeDescriptor, &wake, sizeof wake) != sizeof wake)
+        {
+            DebugErrTrace(DEBUG_LOCATION, "Failed to wake the ALSA reader thread: %s", std::strerror(errno));
+        }
+        reader.join();
+    }
+    if (wakeDescriptor >= 0)
+    {
+        close(wakeDescriptor);
+    }
+    for (const auto& encoder : encoders)
+    {
+        snd_midi_event_free(encoder.second);
+    }
+    if (decoder)
+    {
+        snd_midi_event_free(decoder);
+    }
+    if (handle)
+    {
+        snd_seq_drain_output(handle);
+        snd_seq_close(handle);
+    }
+}
+
+bool cSequencerALSA::Open()
+{
+    // Our own trace line says why opening failed; alsa-lib's would repeat it.
+    snd_lib_error_set_handler(IgnoreALSAError);
+    int result = snd_seq_open(&handle, "default", SND_SEQ_OPEN_DUPLEX, 0);
+    snd_lib_error_set_handler(TraceALSAError);
+    if (result < 0)
+    {
+        handle = nullptr;
+        DebugErrTrace(DEBUG_LOCATION, "Failed to open the ALSA sequencer: %s", snd_strerror(result));
+        return false;
+    }
+    clientId = snd_seq_client_id(handle);
+    snd_seq_set_client_name(handle, CLIENT_NAME);
+    if (snd_seq_set_client_pool_output(handle, POOL_SIZE) < 0 || snd_seq_set_client_pool_input(handle, POOL_SIZE) < 0
+        || snd_seq_set_input_buffer_size(handle, INPUT_BUFFER_SIZE) < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to enlarge the ALSA sequencer buffers");
+    }
+
+    // Subscribed before anyone enumerates, so that no port can appear unseen
+    // between the enumeration and the first announcement.
+    announcePort = CreatePort(QStringLiteral("Announcements"),
+        SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_NO_EXPORT, SND_SEQ_PORT_TYPE_APPLICATION);
+    if (announcePort < 0 || !ConnectFrom(announcePort, {SND_SEQ_CLIENT_SYSTEM, SND_SEQ_PORT_SYSTEM_ANNOUNCE}))
+    {
+        return false;
+    }
+
+    result = snd_midi_event_new(SYSEX_CHUNK_SIZE, &decoder);
+    if (result < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to create the ALSA MIDI decoder: %s", snd_strerror(result));
+        return false;
+    }
+    // Receivers want the status byte on every message.
+    snd_midi_event_no_status(decoder, 1);
+    decoded.resize(SYSEX_CHUNK_SIZE);
+
+    wakeDescriptor = eventfd(0, EFD_CLOEXEC);
+    if (wakeDescriptor < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to create the ALSA reader wake-up: %s", std::strerror(errno));
+        return false;
+    }
+    reader = std::thread(&cSequencerALSA::ReadEvents, this);
+    return true;
+}
+
+bool cSequencerALSA::IsOpen() const
+{
+    return handle != nullptr;
+}
+
+int cSequencerALSA::GetClientId() const
+{
+    return clientId;
+}
+
+QList<sPortInfoALSA> cSequencerALSA::GetPorts() const
+{
+    QList<sPortInfoALSA> ports;
+    if (!handle)
+    {
+        return ports;
+    }
+    snd_seq_client_info_t* client;
+    snd_seq_client_info_alloca(&client);
+    snd_seq_port_info_t* port;
+    snd_seq_port_info_alloca(&port);
+    snd_seq_client_info_set_client(client, -1);
+    while (snd_seq_query_next_client(handle, client) >= 0)
+    {
+        if (snd_seq_client_info_get_client(client) == clientId)
+        {
+            continue;
+        }
+        snd_seq_port_info_set_client(port, snd_seq_client_info_get_client(client));
+        snd_seq_port_info_set_port(port, -1);
+        while (snd_seq_query_next_port(handle, port) >= 0)
+        {
+            sPortInfoALSA info;
+            if (ToPortInfo(client, port, info))
+            {
+                ports.append(info);
+            }
+        }
+    }
+    return ports;
+}
+
+bool cSequencerALSA::GetPort(sPortAddressALSA address, sPortInfoALSA& info) const
+{
+    if (!handle || address.client == clientId)
+    {
+        return false;
+    }
+    snd_seq_client_info_t* client;
+    snd_seq_client_info_alloca(&client);
+    snd_seq_port_info_t* port;
+    snd_seq_port_info_alloca(&port);
+    return snd_seq_get_any_client_info(handle, address.client, client) >= 0
+        && snd_seq_get_any_port_info(handle, address.client, address.port, port) >= 0
+        && ToPortInfo(client, port, info);
+}
+
+int cSequencerALSA::CreatePort(const QString& name, unsigned int capabilities, unsigned int type)
+{
+    if (!handle)
+    {
+        return -1;
+    }
+    int port = snd_seq_create_simple_port(handle, name.toUtf8().constData(), capabilities, type);
+    if (port < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to create ALSA sequencer port \"%s\": %s", name.toLocal8Bit().constData(),
+            snd_strerror(port));
+    }
+    return port;
+}
+
+void cSequencerALSA::DeletePort(int port)
+{
+    if (!handle || port < 0)
+    {
+        return;
+    }
+    auto encoder = encoders.find(port);
+    if (encoder != encoders.end())
+    {
+        snd_midi_event_free(encoder->second);
+        encoders.erase(encoder);
+    }
+    snd_seq_delete_simple_port(handle, port);
+}
+
+bool cSequencerALSA::ConnectFrom(int port, sPortAddressALSA source)
+{
+    if (!handle || port < 0)
+    {
+        return false;
+    }
+    int result = snd_seq_connect_from(handle, port, source.client, source.port);
+    if (result < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to subscribe to ALSA sequencer port %d:%d: %s", source.client, source.port,
+            snd_strerror(result));
+        return false;
+    }
+    return true;
+}
+
+void cSequencerALSA::SetReceiver(int port, cSequencerReceiverALSA* receiver)
+{
+    std::lock_guard<std::mutex> lock(receiversMutex);
+    if (receiver)
+    {
+        receivers[port] = receiver;
+    }
+    else
+    {
+        receivers.erase(port);
+    }
+}
+
+void cSequencerALSA::Send(int port, sPortAddressALSA destination, const QByteArray& bytes)
+{
+    snd_midi_event_t* encoder = GetEncoder(port);
+    if (!encoder)
+    {
+        return;
+    }
+    int failure = 0;
+    for (char byte : bytes)
+    {
+        // The encoder keeps a partial message to itself; only a completed one
+        // comes back as an event.
+        snd_seq_event_t event;
+        snd_seq_ev_clear(&event);
+        if (snd_midi_event_encode_byte(encoder, static_cast<unsigned char>(byte), &event) != 1)
+        {
+            continue;
+        }
+        snd_seq_ev_set_source(&event, port);
+        if (destination == SUBSCRIBERS)
+        {
+            snd_seq_ev_set_subs(&event);
+        }
+        else
+        {
+            snd_seq_ev_set_dest(&event, destination.client, destination.port);
+        }
+        snd_seq_ev_set_direct(&event);
+        int result = snd_seq_event_output_direct(handle, &event);
+        if (result < 0 && failure == 0)
+        {
+            failure = result;
+        }
+    }
+    if (failure < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to send MIDI to ALSA sequencer port %d:%d: %s", destination.client,
+            destination.port, snd_strerror(failure));
+    }
+}
+
+snd_midi_event_t* cSequencerALSA::GetEncoder(int port)
+{
+    if (!handle || port < 0)
+    {
+        return nullptr;
+    }
+    auto found = encoders.find(port);
+    if (found != encoders.end())
+    {
+        return found->second;
+    }
+    snd_midi_event_t* encoder = nullptr;
+    int result = snd_midi_event_new(SYSEX_CHUNK_SIZE, &encoder);
+    if (result < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to create an ALSA MIDI encoder: %s", snd_strerror(result));
+        return nullptr;
+    }
+    encoders[port] = encoder;
+    return encoder;
+}
+
+// Waits on the sequencer and on the wake-up descriptor, which the destructor
+// signals; a timeout would either delay shutdown or wake the thread for nothing.
+void cSequencerALSA::ReadEvents()
+{
+    const int count = snd_seq_poll_descriptors_count(handle, POLLIN);
+    std::vector<pollfd> descriptors(static_cast<size_t>(count) + 1);
+    snd_seq_poll_descriptors(handle, descriptors.data(), static_cast<unsigned int>(count), POLLIN);
+    pollfd& wake = descriptors.back();
+    wake = {wakeDescriptor, POLLIN, 0};
+    for (;;)
+    {
+        if (poll(descriptors.data(), descriptors.size(), -1) < 0)
+        {
+            if (errno == EINTR)
+            {
+                continue;
+            }
+            DebugErrTrace(DEBUG_LOCATION, "Waiting on the ALSA sequencer failed: %s", std::strerror(errno));
+            return;
+        }
+        if (wake.revents != 0)
+        {
+            return;
+        }
+        // The first read fetches what the kernel has; the rest drain what that
+        // read buffered, without touching the kernel again.
+        do
+        {
+            snd_seq_event_t* event = nullptr;
+            int result = snd_seq_event_input(handle, &event);
+            if (result == -ENOSPC)
+            {
+                DebugErrTrace(DEBUG_LOCATION, "ALSA sequencer input overrun: MIDI was lost");
+            }
+            else if (result < 0)
+            {
+                break;
+            }
+            else if (event)
+            {
+                DispatchEvent(event);
+            }
+        } while (snd_seq_event_input_pending(handle, 0) > 0);
+    }
+}
+
+void cSequencerALSA::DispatchEvent(const snd_seq_event_t* event)
+{
+    if (event->dest.port == announcePort)
+    {
+        const sPortAddressALSA address = {event->data.addr.client, event->data.addr.port};
+        if (event->source.client != SND_SEQ_CLIENT_SYSTEM || address.client == clientId)
+        {
+            return;
+        }
+        switch (event->type)
+        {
+        case SND_SEQ_EVENT_PORT_START:
+            emit PortStarted(address);
+            break;
+        case SND_SEQ_EVENT_PORT_EXIT:
+            emit PortExited(address);
+            break;
+        case SND_SEQ_EVENT_PORT_CHANGE:
+            emit PortChanged(address);
+            break;
+        default:
+            break;
+        }
+        return;
+    }
+
+    // The decoder needs room for a whole System Exclusive event.
+    if (snd_seq_ev_is_variable(event) && event->data.ext.len > decoded.size())
+    {
+        decoded.resize(event->data.ext.len);
+    }
+    long length = snd_midi_event_decode(decoder, decoded.data(), static_cast<long>(decoded.size()), event);
+    if (length <= 0)
+    {
+        // Not a MIDI message: subscription notices, timer and queue events.
+        return;
+    }
+    std::lock_guard<std::mutex> lock(receiversMutex);
+    auto found = receivers.find(event->dest.port);
+    if (found != receivers.end())
+    {
+        found->second->MIDIDataReceived(QByteArray(reinterpret_cast<const char*>(decoded.data()), static_cast<int>(length)));
+    }
+}

@@ -1,0 +1,29 @@
+#ifndef SEQUENCERPORTALSA_H
+#define SEQUENCERPORTALSA_H
+
+#include "Common/MIDI/SequencerALSA.h"
+
+#include <memory>
+
+// One port of our sequencer client for the lifetime of this object. With a
+// receiver, MIDI arriving at the port goes to it until the port goes.
+class cSequencerPortALSA
+{
+public:
+    cSequencerPortALSA(const QString& name, unsigned int capabilities, unsigned int type,
+        cSequencerReceiverALSA* receiver = nullptr);
+    ~cSequencerPortALSA();
+
+    cSequencerPortALSA(const cSequencerPortALSA&) = delete;
+    cSequencerPortALSA& operator=(const cSequencerPortALSA&) = delete;
+
+    bool ConnectFrom(sPortAddressALSA source);
+    void Send(sPortAddressALSA destination, const QByteArray& bytes);
+
+private:
+    std::shared_ptr<cSequencerALSA> sequencer;
+    int port;
+    bool receiving;
+};
+
+#endif

@@ -1,0 +1,24 @@
+#ifndef VIRTUALMIDIINPUTOUTPUTALSA_H
+#define VIRTUALMIDIINPUTOUTPUTALSA_H
+
+#include "Common/MIDI/MIDIInputOutput.h"
+#include "Common/MIDI/MIDIReceiverALSA.h"
+#include "Common/MIDI/SequencerPortALSA.h"
+
+// A port the program publishes for the DAW: one port of our client, under the
+// name the rule file gives, that other clients can both read from and write
+// to. What the DAW writes arrives here; what we write goes to every client
+// subscribed to the port.
+class cVirtualMIDIInputOutputALSA : public cMIDIReceiverALSA<cMIDIInputOutput>
+{
+    Q_OBJECT
+public:
+    cVirtualMIDIInputOutputALSA(QString name, QObject* parent = nullptr);
+
+    void WriteMIDIData(QByteArray& data) override;
+
+private:
+    cSequencerPortALSA port;
+};
+
+#endif

@@ -1,0 +1,150 @@
+#ifndef SEQUENCERPEERALSA_H
+#define SEQUENCERPEERALSA_H
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+
+#include <alsa/asoundlib.h>
+
+#include <poll.h>
+#include <vector>
+
+// A second sequencer client, written straight against alsa-lib, standing in
+// for the mixer or the DAW on the other side of the program's ports.
+class cSequencerPeerALSA
+{
+public:
+    explicit cSequencerPeerALSA(const char* name)
+    {
+        if (snd_seq_open(&handle, "default", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK) < 0)
+        {
+            handle = nullptr;
+            return;
+        }
+        snd_seq_set_client_name(handle, name);
+        snd_midi_event_new(4096, &encoder);
+        snd_midi_event_new(4096, &decoder);
+        snd_midi_event_no_status(decoder, 1);
+    }
+
+    ~cSequencerPeerALSA()
+    {
+        if (handle)
+        {
+            snd_midi_event_free(encoder);
+            snd_midi_event_free(decoder);
+            snd_seq_close(handle);
+        }
+    }
+
+    cSequencerPeerALSA(const cSequencerPeerALSA&) = delete;
+    cSequencerPeerALSA& operator=(const cSequencerPeerALSA&) = delete;
+
+    bool IsOpen() const { return handle != nullptr; }
+    int GetClientId() const { return snd_seq_client_id(handle); }
+
+    // A port that the program can both read and write with subscription.
+    int CreatePort(const char* name)
+    {
+        return snd_seq_create_simple_port(handle, name,
+            SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE,
+            SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_HARDWARE);
+    }
+
+    void DeletePort(int port) { snd_seq_delete_simple_port(handle, port); }
+
+    void RenamePort(int port, const char* name)
+    {
+        snd_seq_port_info_t* info;
+        snd_seq_port_info_alloca(&info);
+        snd_seq_get_port_info(handle, port, info);
+        snd_seq_port_info_set_name(info, name);
+        snd_seq_set_port_info(handle, port, info);
+    }
+
+    // Fills info with the port of that name on the client of that name;
+    // false if there is none.
+    bool FindPort(const char* clientName, const char* portName, snd_seq_port_info_t* info)
+    {
+        snd_seq_client_info_t* client;
+        snd_seq_client_info_alloca(&client);
+        snd_seq_client_info_set_client(client, -1);
+        while (snd_seq_query_next_client(handle, client) >= 0)
+        {
+            if (qstrcmp(snd_seq_client_info_get_name(client), clientName) != 0)
+            {
+                continue;
+            }
+            snd_seq_port_info_set_client(info, snd_seq_client_info_get_client(client));
+            snd_seq_port_info_set_port(info, -1);
+            while (snd_seq_query_next_port(handle, info) >= 0)
+            {
+                if (qstrcmp(snd_seq_port_info_get_name(info), portName) == 0)
+                {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    // Subscribes our port to read what the other port sends to its subscribers.
+    bool ConnectFrom(int port, int client, int otherPort)
+    {
+        return snd_seq_connect_from(handle, port, client, otherPort) >= 0;
+    }
+
+    // Raw MIDI bytes, running status allowed, sent at once from our port to
+    // one port or, with client SND_SEQ_ADDRESS_SUBSCRIBERS, to our subscribers.
+    void Send(int port, int client, int destinationPort, const QByteArray& bytes)
+    {
+        for (char byte : bytes)
+        {
+            snd_seq_event_t event;
+            snd_seq_ev_clear(&event);
+            if (snd_midi_event_encode_byte(encoder, static_cast<unsigned char>(byte), &event) != 1)
+            {
+                continue;
+            }
+            snd_seq_ev_set_source(&event, port);
+            snd_seq_ev_set_dest(&event, client, destinationPort);
+            snd_seq_ev_set_direct(&event);
+            snd_seq_event_output_direct(handle, &event);
+        }
+    }
+
+    // Everything that arrives, as raw bytes with full status, until at least
+    // count bytes are in or the time is up; the event loop keeps running.
+    QByteArray Receive(int count, int timeout = 20000)
+    {
+        QByteArray received;
+        std::vector<pollfd> descriptors(static_cast<size_t>(snd_seq_poll_descriptors_count(handle, POLLIN)));
+        snd_seq_poll_descriptors(handle, descriptors.data(), static_cast<unsigned int>(descriptors.size()), POLLIN);
+        QElapsedTimer timer;
+        timer.start();
+        while (received.size() < count && !timer.hasExpired(timeout))
+        {
+            QCoreApplication::processEvents();
+            poll(descriptors.data(), descriptors.size(), 10);
+            snd_seq_event_t* event = nullptr;
+            while (snd_seq_event_input(handle, &event) >= 0 && event)
+            {
+                unsigned char bytes[4096];
+                long length = snd_midi_event_decode(decoder, bytes, sizeof bytes, event);
+                if (length > 0)
+                {
+                    received.append(reinterpret_cast<const char*>(bytes), static_cast<int>(length));
+                }
+            }
+        }
+        return received;
+    }
+
+private:
+    snd_seq_t* handle = nullptr;
+    snd_midi_event_t* encoder = nullptr;
+    snd_midi_event_t* decoder = nullptr;
+};
+
+#endif
