@@ -54,15 +54,6 @@ public:
 
     void DeletePort(int port) { snd_seq_delete_simple_port(handle, port); }
 
-    void RenamePort(int port, const char* name)
-    {
-        snd_seq_port_info_t* info;
-        snd_seq_port_info_alloca(&info);
-        snd_seq_get_port_info(handle, port, info);
-        snd_seq_port_info_set_name(info, name);
-        snd_seq_set_port_info(handle, port, info);
-    }
-
     // Fills info with the port of that name on the client of that name;
     // false if there is none.
     bool FindPort(const char* clientName, const char* portName, snd_seq_port_info_t* info)
