@@ -20,6 +20,21 @@ private:
         }
     }
 
+    // A manager holding the given patterns under identifiers 1, 2, ...
+    struct sEngine
+    {
+        cMatchRecorder recorder;
+        cMIDIMatchManager manager{&recorder};
+
+        explicit sEngine(const QStringList& patterns)
+        {
+            for (int index = 0; index < patterns.size(); ++index)
+            {
+                manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(index + 1, patterns[index]));
+            }
+        }
+    };
+
 private slots:
     void Matching_data()
     {
@@ -63,22 +78,15 @@ private slots:
         QFETCH(QString, stream);
         QFETCH(QStringList, expected);
 
-        cMatchRecorder recorder;
-        cMIDIMatchManager manager(&recorder);
-        for (int index = 0; index < patterns.size(); ++index)
-        {
-            manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(index + 1, patterns[index]));
-        }
-        Feed(manager, stream);
-        QCOMPARE(recorder.triggers, expected);
+        sEngine engine(patterns);
+        Feed(engine.manager, stream);
+        QCOMPARE(engine.recorder.triggers, expected);
     }
 
     void NoStateBeginsWhereNoPatternBegins()
     {
-        cMatchRecorder recorder;
-        cMIDIMatchManager manager(&recorder);
-        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(1, "B0 07 **"));
-        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(2, "B0 07 7F"));
+        sEngine engine({"B0 07 **", "B0 07 7F"});
+        cMIDIMatchManager& manager = engine.manager;
         Feed(manager, "B0 07");
         QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
         Feed(manager, "7F");
@@ -114,11 +122,9 @@ private slots:
 
     void RemovalPrunesTreeAndStates()
     {
-        cMatchRecorder recorder;
-        cMIDIMatchManager manager(&recorder);
-        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(1, "B0 07 **"));
-        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(2, "B0 17 7F"));
-        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(3, "F0 ** ** ** ** F7"));
+        sEngine engine({"B0 07 **", "B0 17 7F", "F0 ** ** ** ** F7"});
+        cMIDIMatchManager& manager = engine.manager;
+        const QStringList& triggers = engine.recorder.triggers;
         const cMIDIMatchBranchNode* root = manager.GetRootBranchNode();
         QCOMPARE(root->GetAllChildrensBranchNodeEndpoints().size(), size_t(3));
 
@@ -139,29 +145,27 @@ private slots:
         manager.RemoveMIDIMatchIdentifierFromTree(1);
         QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
         Feed(manager, "7F F7");
-        QCOMPARE(recorder.triggers, QStringList{"3:F001B0177FF7"});
+        QCOMPARE(triggers, QStringList{"3:F001B0177FF7"});
 
         manager.RemoveMIDIMatchIdentifierFromTree(3);
         QVERIFY(!root->HasChildBranchNodes());
         QVERIFY(root->GetAllChildrensBranchNodeEndpoints().empty());
         QCOMPARE(manager.GetProcessStates().Size(), size_t(0));
         Feed(manager, "B0 07 7F F0 01 02 03 04 F7");
-        QCOMPARE(recorder.triggers.size(), 1);
+        QCOMPARE(triggers.size(), 1);
     }
 
     void RemovalWhileBarred()
     {
-        cMatchRecorder recorder;
-        cMIDIMatchManager manager(&recorder);
-        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(1, "** ** **"));
-        manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(2, "** ** ** **"));
+        sEngine engine({"** ** **", "** ** ** **"});
+        cMIDIMatchManager& manager = engine.manager;
         // The states begun at 02 and 03 are barred from the first pattern when
         // it goes; the second one still fires once, then is barred in turn.
         Feed(manager, "01 02 03");
         manager.RemoveMIDIMatchIdentifierFromTree(1);
         QCOMPARE(manager.GetProcessStates().Size(), size_t(3));
         Feed(manager, "04 05 06");
-        QCOMPARE(recorder.triggers, (QStringList{"1:010203", "2:01020304"}));
+        QCOMPARE(engine.recorder.triggers, (QStringList{"1:010203", "2:01020304"}));
     }
 
     void TreeShape()
@@ -202,13 +206,8 @@ private slots:
 
     void StatesStayBoundedOnAnyStream()
     {
-        cMatchRecorder recorder;
-        cMIDIMatchManager manager(&recorder);
-        const QStringList patterns{"B0 07 **", "** ** **", "F0 00 20 ** ** ** ** F7", "9* ** 00", "** 0* **"};
-        for (int index = 0; index < patterns.size(); ++index)
-        {
-            manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(index + 1, patterns[index]));
-        }
+        sEngine engine({"B0 07 **", "** ** **", "F0 00 20 ** ** ** ** F7", "9* ** 00", "** 0* **"});
+        cMIDIMatchManager& manager = engine.manager;
         // At most one state per node: a state's depth tells when it began, and
         // two states begun together never share a node.
         QRandomGenerator random(7);
@@ -219,7 +218,7 @@ private slots:
             most = std::max(most, manager.GetProcessStates().Size());
         }
         QVERIFY2(most <= 20, qPrintable(QString::number(most)));
-        QVERIFY(!recorder.triggers.isEmpty());
+        QVERIFY(!engine.recorder.triggers.isEmpty());
     }
 };
 
