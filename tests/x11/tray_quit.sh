@@ -4,20 +4,16 @@
 #   tray_quit.sh PATH/TO/tessera
 source "$(dirname "$0")/x11-session.sh"
 
-x11_start_display
-x11_start_tray
-x11_start_tessera "$1"
-
-icon=$(x11_wait_tray_icon) || x11_fail "the tray icon was not embedded"
+x11_start_in_tray "$1"
 sleep 1
 [[ -z $(x11_toplevels) ]] || x11_fail "a window is shown at start: $(xdotool getwindowname "$(x11_toplevels | head -n 1)")"
 
-x11_tray_menu "$icon" s
+x11_tray_menu "$X11_ICON" s
 window=$(x11_wait_toplevel Tessera) || x11_fail "\"&Show Preferences\" did not show the window"
 python3 "$(dirname "$0")/close-window.py" "$window"
 x11_wait_closed "$window" || x11_fail "the preferences window did not close"
 kill -0 "$X11_TESSERA" 2>/dev/null || x11_fail "closing the preferences window ended the program"
 
-x11_tray_menu "$icon" q
+x11_tray_menu "$X11_ICON" q
 x11_expect_exit 0
 echo "PASS: started hidden, survived closing its window, quit from the tray with status 0"

@@ -130,6 +130,15 @@ x11_wait_tray_icon() {
     return 1
 }
 
+# Starts the program on a fresh display with a tray host and waits for its
+# icon in the tray; the icon's window id goes to X11_ICON.
+x11_start_in_tray() {
+    x11_start_display
+    x11_start_tray
+    x11_start_tessera "$1"
+    X11_ICON=$(x11_wait_tray_icon) || x11_fail "the tray icon was not embedded"
+}
+
 # Opens the tray icon's context menu and picks an entry by its mnemonic
 # ("s" for "&Show Preferences", "q" for "&Quit").
 x11_tray_menu() {

@@ -42,8 +42,10 @@ bool ReadMarkdown(const QString& path, QString& markdown)
 }
 
 // Markdown has no way to give an image's size, so an image wider than the text
-// column is shrunk to fit it, keeping its proportions.
-void FitImageToWidth(const QTextDocument& document, QTextImageFormat& format, qreal textWidth)
+// column is shrunk to fit it, keeping its proportions. The image is added to
+// the document as a resource of its own because printing lays out a copy of
+// the document, which keeps added resources but does not look files up again.
+void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal textWidth)
 {
     const QImage image = document.resource(QTextDocument::ImageResource, QUrl(format.name())).value<QImage>();
     if (image.isNull())
@@ -51,6 +53,7 @@ void FitImageToWidth(const QTextDocument& document, QTextImageFormat& format, qr
         std::fprintf(stderr, "make-manual: missing image %s\n", qPrintable(format.name()));
         return;
     }
+    document.addResource(QTextDocument::ImageResource, QUrl(format.name()), image);
     const qreal width = qMin<qreal>(image.width(), textWidth);
     format.setWidth(width);
     format.setHeight(image.height() * width / image.width());
