@@ -56,27 +56,14 @@ UBYTE cMIDITranslatorVariable::GetCurrentValue() const
     return GetValueAtIndex(currentValueIndex);
 }
 
-// Callers pass positions from 0 to n - 1. Only an index above n is reported;
-// n itself and negative indices are not an error worth a trace line, but they
-// still read nothing outside the list.
 UBYTE cMIDITranslatorVariable::GetValueAtIndex(int index) const
 {
-    if (index > values.size())
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Invalid index: %d Number of values: %d", index, values.size());
-        return 0;
-    }
-    return index >= 0 && index < values.size() ? values.at(index).value : 0;
+    return HoldsIndex(index) ? values.at(index).value : 0;
 }
 
 QString cMIDITranslatorVariable::GetNameAtIndex(int index) const
 {
-    if (index > values.size())
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Invalid index: %d Number of values: %d", index, values.size());
-        return QString();
-    }
-    return index >= 0 && index < values.size() ? values.at(index).name : QString();
+    return HoldsIndex(index) ? values.at(index).name : QString();
 }
 
 // Duplicate values are allowed in a file; the first one wins.
@@ -152,4 +139,17 @@ cMIDITranslatorVariable cMIDITranslatorVariable::FromJsonObject(QJsonObject obje
 
     ok = true;
     return variable;
+}
+
+// Callers pass positions from 0 to n - 1. Only an index above n is reported;
+// n itself and negative indices are not an error worth a trace line, but they
+// still read nothing outside the list.
+bool cMIDITranslatorVariable::HoldsIndex(int index) const
+{
+    if (index > values.size())
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Invalid index: %d Number of values: %d", index, values.size());
+        return false;
+    }
+    return index >= 0 && index < values.size();
 }

@@ -31,6 +31,8 @@ public:
     static cMIDITranslatorVariable FromJsonObject(QJsonObject object, bool& ok);
 
 private:
+    bool HoldsIndex(int index) const;
+
     QString descriptiveName;
     QString variableName;
     QList<sVariableValue> values;
