@@ -19,6 +19,7 @@
 #include <QTextDocument>
 #include <QTextFragment>
 #include <QTextImageFormat>
+#include <QTextTable>
 #include <QUrl>
 
 #include <cstdio>
@@ -65,6 +66,21 @@ void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal te
 // indented and shaded so that commands stand out from the prose.
 void AdjustFormats(QTextDocument& document, qreal textWidth)
 {
+    // Tables come with a doubled frame and no room in their cells.
+    for (QTextFrame* frame : document.rootFrame()->childFrames())
+    {
+        QTextTable* table = qobject_cast<QTextTable*>(frame);
+        if (!table)
+            continue;
+        QTextTableFormat tableFormat = table->format();
+        tableFormat.setBorderCollapse(true);
+        tableFormat.setBorder(1);
+        tableFormat.setBorderBrush(QColor(0x9a, 0xa5, 0xad));
+        tableFormat.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+        tableFormat.setCellPadding(4);
+        table->setFormat(tableFormat);
+    }
+
     const QString platformFixedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
     QTextCursor cursor(&document);
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
