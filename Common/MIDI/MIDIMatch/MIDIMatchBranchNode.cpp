@@ -101,6 +101,7 @@ void cMIDIMatchBranchNode::AddChildBranchNode(cMIDIMatchBranchNode* child)
     {
         children.push_back(child);
     }
+    IndexChildren();
 }
 
 void cMIDIMatchBranchNode::RemoveChildBranchNode(cMIDIMatchBranchNode* child)
@@ -108,6 +109,7 @@ void cMIDIMatchBranchNode::RemoveChildBranchNode(cMIDIMatchBranchNode* child)
     if (EraseFirst(children, child))
     {
         delete child;
+        IndexChildren();
     }
 }
 
@@ -156,6 +158,7 @@ void cMIDIMatchBranchNode::RemoveAllChildBranchNodes()
         delete children.back();
         children.pop_back();
     }
+    IndexChildren();
 }
 
 void cMIDIMatchBranchNode::RemoveAllBranchNodeEndpoints()
@@ -164,6 +167,23 @@ void cMIDIMatchBranchNode::RemoveAllBranchNodeEndpoints()
     {
         delete endpoints.back();
         endpoints.pop_back();
+    }
+}
+
+void cMIDIMatchBranchNode::IndexChildren()
+{
+    wildcardChildCount = 0;
+    firstLiteralChild.fill(nullptr);
+    for (cMIDIMatchBranchNode* child : children)
+    {
+        if (child->nibble.matchAny)
+        {
+            ++wildcardChildCount;
+        }
+        else if (child->nibble.value < firstLiteralChild.size() && !firstLiteralChild[child->nibble.value])
+        {
+            firstLiteralChild[child->nibble.value] = child;
+        }
     }
 }
 
@@ -190,21 +210,15 @@ cMIDIMatchBranchNode* cMIDIMatchBranchNode::GetFurthestBranchNodeForNibbleList(c
 void cMIDIMatchBranchNode::GetNextBranchNodes(unsigned char nibble, std::vector<cMIDIMatchBranchNode*>& nextNodes,
                                               std::vector<cMIDIMatchBranchNodeEndpoint*>& endpointsReached) const
 {
+    // Every wildcard child accepts, then at most one literal: the first of its value.
     nextNodes.clear();
-    for (cMIDIMatchBranchNode* child : children)
+    cMIDIMatchBranchNode* literal = nibble < firstLiteralChild.size() ? firstLiteralChild[nibble] : nullptr;
+    for (size_t index = 0; index <= wildcardChildCount; ++index)
     {
-        if (!child->TestNibbleMatches(nibble, endpointsReached))
-        {
-            continue;
-        }
-        if (child->HasChildBranchNodes())
+        cMIDIMatchBranchNode* child = index < wildcardChildCount ? children[index] : literal;
+        if (child && child->TestNibbleMatches(nibble, endpointsReached) && child->HasChildBranchNodes())
         {
             nextNodes.push_back(child);
-        }
-        // Wildcards stand first, so the first literal that accepts is the last candidate.
-        if (!child->nibble.matchAny)
-        {
-            break;
         }
     }
 }

@@ -3,6 +3,8 @@
 
 #include "Common/MIDI/MIDIMatch/MIDIMatchPattern.h"
 
+#include <array>
+#include <cstddef>
 #include <vector>
 
 class cMIDIMatchBranchNodeEndpoint;
@@ -64,12 +66,20 @@ public:
     bool TestNibbleMatches(unsigned char nibble, std::vector<cMIDIMatchBranchNodeEndpoint*>& endpointsReached) const;
 
 private:
+    // Keeps the look-up below in step with children.
+    void IndexChildren();
+
     sMIDIMatchNibble nibble;
     unsigned int depth;
     cMIDIMatchBranchNode* parent = nullptr;
     std::vector<cMIDIMatchBranchNode*> children;
     std::vector<cMIDIMatchBranchNodeEndpoint*> endpoints;
     std::vector<cMIDIMatchBranchNodeEndpoint*> childEndpoints;
+    // The byte path's view of children: the wildcards stand at the front, and
+    // the first literal child of each nibble value is found without a scan
+    // (a channel node has sixteen literal children).
+    size_t wildcardChildCount = 0;
+    std::array<cMIDIMatchBranchNode*, 16> firstLiteralChild{};
 };
 
 #endif
