@@ -21,6 +21,16 @@ QString DataFile(const char* name)
     return QStringLiteral(TESSERA_TEST_DATA_DIR "/config/") + QLatin1String(name);
 }
 
+// The error trace lines that an action writes. The capture ends with the
+// action, so a failing comparison afterwards is still reported.
+template <typename Action>
+QStringList ErrorLinesOf(Action action)
+{
+    cStdoutCapture capture;
+    action();
+    return capture.ErrorLines();
+}
+
 QStringList Hex(const QList<QByteArray>& messages)
 {
     QStringList hex;
@@ -106,13 +116,11 @@ int tConfiguration::MatcherCount() const
 
 void tConfiguration::LoadBuildsPortsAliasesRulesAndMatchers()
 {
-    cStdoutCapture capture;
-    configuration->LoadFromFile(DataFile("translator.json"));
-
+    const QStringList errors = ErrorLinesOf([&] { configuration->LoadFromFile(DataFile("translator.json")); });
     // Loading again replaced the first load completely: its virtual ports went
     // and came back without a complaint about a port created twice.
-    QCOMPARE(capture.ErrorLines().filter(QStringLiteral("already created")), QStringList());
-    QCOMPARE(capture.ErrorLines().filter(QStringLiteral("rule \"Unknown global\"")).size(), 1);
+    QCOMPARE(errors.filter(QStringLiteral("already created")), QStringList());
+    QCOMPARE(errors.filter(QStringLiteral("rule \"Unknown global\"")).size(), 1);
 
     QStringList ports = registry->GetVirtualInputOutputNames();
     ports.sort();
@@ -230,7 +238,6 @@ void tConfiguration::SwitchingMixerInputMovesItsRules()
 
 void tConfiguration::VariableChangeAppliesAtOnce()
 {
-    cStdoutCapture capture;
     QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(0));
 
     configuration->SetVariableValue(QStringLiteral("n"), 2);
@@ -242,10 +249,16 @@ void tConfiguration::VariableChangeAppliesAtOnce()
     Feed(Port("Tessera DAW"), {"92 3C 7F"});
     QCOMPARE(Hex(desk->TakeWrittenData()), QStringList{"B2 3C 7F"});
 
-    configuration->SetVariableValue(QStringLiteral("q"), 1);
-    QCOMPARE(configuration->GetVariableValue(QStringLiteral("q")), static_cast<unsigned char>(0));
-    QCOMPARE(capture.ErrorLines().size(), 1);
-    QVERIFY(capture.ErrorLines().at(0).startsWith(QStringLiteral("ERROR: Unknown Global Variable: \"q\"\t")));
+    unsigned char unknown = 1;
+    const QStringList errors = ErrorLinesOf(
+        [&]
+        {
+            configuration->SetVariableValue(QStringLiteral("q"), 1);
+            unknown = configuration->GetVariableValue(QStringLiteral("q"));
+        });
+    QCOMPARE(unknown, static_cast<unsigned char>(0));
+    QCOMPARE(errors.size(), 1);
+    QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Unknown Global Variable: \"q\"\t")));
 }
 
 // The TCP link is the port that comes and goes in practice: it is registered
@@ -276,13 +289,15 @@ void tConfiguration::PortRegisteredLaterBindsAndUnbinds()
 
 void tConfiguration::InvalidTriggerIdWritesNothing()
 {
-    cStdoutCapture capture;
-    configuration->MIDIMatchTriggered(4, {0xB0, 0x07, 0x64});
-    configuration->MIDIMatchTriggered(-1, {0xB0, 0x07, 0x64});
-
+    const QStringList errors = ErrorLinesOf(
+        [&]
+        {
+            configuration->MIDIMatchTriggered(4, {0xB0, 0x07, 0x64});
+            configuration->MIDIMatchTriggered(-1, {0xB0, 0x07, 0x64});
+        });
     QCOMPARE(Port("Tessera DAW")->TakeWrittenData().size(), 0);
-    QCOMPARE(capture.ErrorLines().size(), 2);
-    QVERIFY(capture.ErrorLines().at(0).startsWith(QStringLiteral("ERROR: Invalid Trigger Id: 4\t")));
+    QCOMPARE(errors.size(), 2);
+    QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Invalid Trigger Id: 4\t")));
 }
 
 void tConfiguration::BadFileLeavesEmptyWorkingConfiguration_data()
@@ -302,12 +317,7 @@ void tConfiguration::BadFileLeavesEmptyWorkingConfiguration()
     QFETCH(QString, file);
     QFETCH(QString, error);
 
-    QStringList errors;
-    {
-        cStdoutCapture capture;
-        configuration->LoadFromFile(file);
-        errors = capture.ErrorLines();
-    }
+    const QStringList errors = ErrorLinesOf([&] { configuration->LoadFromFile(file); });
     if (error.isEmpty())
     {
         QCOMPARE(errors, QStringList());
