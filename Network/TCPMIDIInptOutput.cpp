@@ -114,5 +114,8 @@ void cTCPMIDIInptOutput::WriteMIDIData(QByteArray& data)
     if (socket)
     {
         socket->write(data);
+        // Hand the bytes to the system now rather than on the next pass of
+        // the event loop; this never waits for the peer.
+        socket->flush();
     }
 }

@@ -5,6 +5,7 @@
 #include "support/MixerSimProcess.h"
 
 #include <QElapsedTimer>
+#include <csignal>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -53,6 +54,8 @@ private slots:
     void BurstIsReadInBoundedSteps();
     void ConnectTwiceAnnouncesTeardownFirst();
     void FailedAttemptsEndNotConnected();
+    void MixerStoppedBySignal_data();
+    void MixerStoppedBySignal();
 };
 
 void TestTCPLink::ConnectExchangePeerCloseAndReconnect()
@@ -190,6 +193,33 @@ void TestTCPLink::FailedAttemptsEndNotConnected()
     link.DisconnectFromHost();
     QVERIFY(clock.elapsed() < 1000);
     QCOMPARE(Texts(texts).last(), QStringLiteral("Not Connected"));
+}
+
+void TestTCPLink::MixerStoppedBySignal_data()
+{
+    QTest::addColumn<int>("signalNumber");
+    QTest::newRow("SIGINT") << int(SIGINT);
+    QTest::newRow("SIGTERM") << int(SIGTERM);
+}
+
+// The simulator leaves normally on a signal even with a peer connected, and
+// the link sees the mixer go.
+void TestTCPLink::MixerStoppedBySignal()
+{
+    QFETCH(int, signalNumber);
+    cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
+    QVERIFY(sim.IsListening());
+    cTCPMIDIInptOutput link;
+    QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
+    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+    QVERIFY(sim.WaitForLine(QStringLiteral("^connected ")));
+    QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
+
+    QCOMPARE(::kill(pid_t(sim.Process().processId()), signalNumber), 0);
+    QVERIFY(sim.Process().waitForFinished(5000));
+    QCOMPARE(sim.Process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(sim.Process().exitCode(), 0);
+    QVERIFY(WaitForLastText(texts, QStringLiteral("Not Connected")));
 }
 
 QTEST_GUILESS_MAIN(TestTCPLink)
