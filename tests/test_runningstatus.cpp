@@ -49,14 +49,6 @@ private slots:
                      MIDIBytes(expected[index]));
         }
     }
-
-    void RealTimeBytes()
-    {
-        for (int b = 0; b < 256; ++b)
-        {
-            QCOMPARE(cMIDIRunningStatusFixer::IsSystemRealTime(static_cast<unsigned char>(b)), b >= 0xF8);
-        }
-    }
 };
 
 QTEST_APPLESS_MAIN(tRunningStatus)
