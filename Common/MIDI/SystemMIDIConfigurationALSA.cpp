@@ -5,14 +5,16 @@
 #include "Common/MIDI/MIDIOutputALSA.h"
 #include "Common/MIDI/VirtualMIDIInputOutputFactory.h"
 
+// The input and output lists are handled alike, by these templates over the
+// list's identifier type.
 namespace
 {
-template <typename Identifier>
-int IndexOfAddress(const QList<Identifier>& identifiers, sPortAddressALSA address)
+template <typename Identifier, typename Key, typename Field>
+int IndexOf(const QList<Identifier>& identifiers, const Key& key, Field Identifier::*field)
 {
     for (int index = 0; index < identifiers.size(); ++index)
     {
-        if (identifiers.at(index).address == address)
+        if (identifiers.at(index).*field == key)
         {
             return index;
         }
@@ -21,16 +23,14 @@ int IndexOfAddress(const QList<Identifier>& identifiers, sPortAddressALSA addres
 }
 
 template <typename Identifier>
-int IndexOfName(const QList<Identifier>& identifiers, const QString& name)
+QString NameAt(const QList<Identifier>& identifiers, int index, const char* direction)
 {
-    for (int index = 0; index < identifiers.size(); ++index)
+    if (index < 0 || index >= identifiers.size())
     {
-        if (identifiers.at(index).name == name)
-        {
-            return index;
-        }
+        DebugErrTrace(DEBUG_LOCATION, "%s index %d out of range", direction, index);
+        return QString();
     }
-    return -1;
+    return identifiers.at(index).name;
 }
 
 template <typename Identifier>
@@ -42,6 +42,23 @@ QStringList NamesOf(const QList<Identifier>& identifiers)
         names.append(identifier.name);
     }
     return names;
+}
+
+// The first port of that name, opened on first request and shared from then on.
+template <typename Identifier, typename Open>
+auto Opened(QList<Identifier>& identifiers, const QString& name, Open open) -> decltype(identifiers[0].port)
+{
+    int index = IndexOf(identifiers, name, &Identifier::name);
+    if (index < 0)
+    {
+        return nullptr;
+    }
+    Identifier& identifier = identifiers[index];
+    if (!identifier.port)
+    {
+        identifier.port = open(identifier.address);
+    }
+    return identifier.port;
 }
 }
 
@@ -77,7 +94,7 @@ cSystemMIDIConfigurationALSA::~cSystemMIDIConfigurationALSA()
 {
     for (const sMIDIOutputIdentifier& identifier : outputIdentifiers)
     {
-        delete identifier.output;
+        delete identifier.port;
     }
 }
 
@@ -88,12 +105,7 @@ int cSystemMIDIConfigurationALSA::GetNumberOfInputs() const
 
 QString cSystemMIDIConfigurationALSA::GetNameOfInput(int index) const
 {
-    if (index < 0 || index >= inputIdentifiers.size())
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Source index %d out of range", index);
-        return QString();
-    }
-    return inputIdentifiers.at(index).name;
+    return NameAt(inputIdentifiers, index, "Source");
 }
 
 cMIDIInput* cSystemMIDIConfigurationALSA::GetMIDIInput(QString name)
@@ -102,17 +114,7 @@ cMIDIInput* cSystemMIDIConfigurationALSA::GetMIDIInput(QString name)
     {
         return port;
     }
-    int index = IndexOfName(inputIdentifiers, name);
-    if (index < 0)
-    {
-        return nullptr;
-    }
-    sMIDIInputIdentifier& identifier = inputIdentifiers[index];
-    if (!identifier.input)
-    {
-        identifier.input = new cMIDIInputALSA(identifier.address, this);
-    }
-    return identifier.input;
+    return Opened(inputIdentifiers, name, [this](sPortAddressALSA address) { return new cMIDIInputALSA(address, this); });
 }
 
 QStringList cSystemMIDIConfigurationALSA::GetSystemMIDIInputNames() const
@@ -127,12 +129,7 @@ int cSystemMIDIConfigurationALSA::GetNumberOfOutputs() const
 
 QString cSystemMIDIConfigurationALSA::GetNameOfOutput(int index) const
 {
-    if (index < 0 || index >= outputIdentifiers.size())
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Destination index %d out of range", index);
-        return QString();
-    }
-    return outputIdentifiers.at(index).name;
+    return NameAt(outputIdentifiers, index, "Destination");
 }
 
 cMIDIOutput* cSystemMIDIConfigurationALSA::GetMIDIOutput(QString name)
@@ -141,17 +138,7 @@ cMIDIOutput* cSystemMIDIConfigurationALSA::GetMIDIOutput(QString name)
     {
         return port;
     }
-    int index = IndexOfName(outputIdentifiers, name);
-    if (index < 0)
-    {
-        return nullptr;
-    }
-    sMIDIOutputIdentifier& identifier = outputIdentifiers[index];
-    if (!identifier.output)
-    {
-        identifier.output = new cMIDIOutputALSA(identifier.address);
-    }
-    return identifier.output;
+    return Opened(outputIdentifiers, name, [](sPortAddressALSA address) { return new cMIDIOutputALSA(address); });
 }
 
 QStringList cSystemMIDIConfigurationALSA::GetSystemMIDIOutputNames() const
@@ -172,11 +159,11 @@ void cSystemMIDIConfigurationALSA::PortStarted(sPortAddressALSA address)
         // Gone again before we got to it, or not a MIDI port for users.
         return;
     }
-    if (port.readable && IndexOfAddress(inputIdentifiers, address) < 0)
+    if (port.readable && IndexOf(inputIdentifiers, address, &sMIDIInputIdentifier::address) < 0)
     {
         InputAdded(port);
     }
-    if (port.writable && IndexOfAddress(outputIdentifiers, address) < 0)
+    if (port.writable && IndexOf(outputIdentifiers, address, &sMIDIOutputIdentifier::address) < 0)
     {
         OutputAdded(port);
     }
@@ -188,8 +175,8 @@ void cSystemMIDIConfigurationALSA::PortExited(sPortAddressALSA address)
     OutputRemoved(address);
 }
 
-// A renamed port, or one whose capabilities changed, is offered afresh under
-// what it is now; whoever had it open opens it again by name.
+// A port whose name or capabilities changed is offered afresh as what it is
+// now; whoever had it open opens it again by name.
 void cSystemMIDIConfigurationALSA::PortChanged(sPortAddressALSA address)
 {
     PortExited(address);
@@ -198,41 +185,47 @@ void cSystemMIDIConfigurationALSA::PortChanged(sPortAddressALSA address)
 
 void cSystemMIDIConfigurationALSA::InputAdded(const sPortInfoALSA& port)
 {
-    inputIdentifiers.append({port.name, port.address, nullptr});
-    emit InputAddedSignal(port.name);
+    Added(inputIdentifiers, port, &cSystemMIDIConfiguration::InputAddedSignal);
 }
 
 void cSystemMIDIConfigurationALSA::OutputAdded(const sPortInfoALSA& port)
 {
-    outputIdentifiers.append({port.name, port.address, nullptr});
-    emit OutputAddedSignal(port.name);
+    Added(outputIdentifiers, port, &cSystemMIDIConfiguration::OutputAddedSignal);
 }
 
-// The sequencer announces the exit of every port, ours and those we never
-// listed among them, so an unknown address is not an error here.
 void cSystemMIDIConfigurationALSA::InputRemoved(sPortAddressALSA address)
 {
-    int index = IndexOfAddress(inputIdentifiers, address);
-    if (index < 0)
-    {
-        return;
-    }
-    sMIDIInputIdentifier identifier = inputIdentifiers.takeAt(index);
-    // Listeners let go of the port before it is deleted.
-    emit InputRemovedSignal(identifier.name);
-    delete identifier.input;
+    Removed(inputIdentifiers, address, &cSystemMIDIConfiguration::InputRemovedSignal);
 }
 
 void cSystemMIDIConfigurationALSA::OutputRemoved(sPortAddressALSA address)
 {
-    int index = IndexOfAddress(outputIdentifiers, address);
+    Removed(outputIdentifiers, address, &cSystemMIDIConfiguration::OutputRemovedSignal);
+}
+
+template <typename Port>
+void cSystemMIDIConfigurationALSA::Added(
+    QList<sMIDIPortIdentifier<Port>>& identifiers, const sPortInfoALSA& port, RegistrySignal addedSignal)
+{
+    identifiers.append({port.name, port.address, nullptr});
+    emit (this->*addedSignal)(port.name);
+}
+
+// The sequencer announces the exit of every port, also of ports that were
+// never listed here, so an unknown address is not an error.
+template <typename Port>
+void cSystemMIDIConfigurationALSA::Removed(
+    QList<sMIDIPortIdentifier<Port>>& identifiers, sPortAddressALSA address, RegistrySignal removedSignal)
+{
+    int index = IndexOf(identifiers, address, &sMIDIPortIdentifier<Port>::address);
     if (index < 0)
     {
         return;
     }
-    sMIDIOutputIdentifier identifier = outputIdentifiers.takeAt(index);
-    emit OutputRemovedSignal(identifier.name);
-    delete identifier.output;
+    sMIDIPortIdentifier<Port> identifier = identifiers.takeAt(index);
+    // Listeners let go of the port before it is deleted.
+    emit (this->*removedSignal)(identifier.name);
+    delete identifier.port;
 }
 
 QStringList cSystemMIDIConfigurationALSA::WithoutOwnNames(QStringList names) const

@@ -38,18 +38,17 @@ protected:
     cMIDIInputOutput* NewVirtualInputOutput(const QString& name) override;
 
 private:
-    struct sMIDIInputIdentifier
+    // One system port in one direction, with its port object once opened.
+    template <typename Port>
+    struct sMIDIPortIdentifier
     {
         QString name;
         sPortAddressALSA address;
-        cMIDIInputALSA* input;
+        Port* port;
     };
-    struct sMIDIOutputIdentifier
-    {
-        QString name;
-        sPortAddressALSA address;
-        cMIDIOutputALSA* output;
-    };
+    using sMIDIInputIdentifier = sMIDIPortIdentifier<cMIDIInputALSA>;
+    using sMIDIOutputIdentifier = sMIDIPortIdentifier<cMIDIOutputALSA>;
+    using RegistrySignal = void (cSystemMIDIConfiguration::*)(QString);
 
     void PortStarted(sPortAddressALSA address);
     void PortExited(sPortAddressALSA address);
@@ -59,6 +58,10 @@ private:
     void OutputAdded(const sPortInfoALSA& port);
     void InputRemoved(sPortAddressALSA address);
     void OutputRemoved(sPortAddressALSA address);
+    template <typename Port>
+    void Added(QList<sMIDIPortIdentifier<Port>>& identifiers, const sPortInfoALSA& port, RegistrySignal addedSignal);
+    template <typename Port>
+    void Removed(QList<sMIDIPortIdentifier<Port>>& identifiers, sPortAddressALSA address, RegistrySignal removedSignal);
 
     QStringList WithoutOwnNames(QStringList names) const;
 
