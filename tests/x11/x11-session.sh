@@ -88,11 +88,16 @@ x11_is_toplevel() {
     xwininfo -children -id "$1" | grep -q "Parent window id: $(xwininfo -root | awk '/Window id:/ {print $4}')"
 }
 
-# Lists tessera's visible top-level windows.
+# Lists tessera's visible top-level windows: with "menus", only its open
+# menus (they bypass the window manager: override-redirect), otherwise only
+# its other windows.
 x11_toplevels() {
-    local window
+    local want=${1:-windows} window kind
     for window in $(xdotool search --onlyvisible --class Tessera 2>/dev/null); do
-        x11_is_toplevel "$window" && echo "$window"
+        x11_is_toplevel "$window" || continue
+        kind=windows
+        xwininfo -id "$window" | grep -q 'Override Redirect State: yes' && kind=menus
+        [[ $kind == "$want" ]] && echo "$window"
     done
 }
 
@@ -140,10 +145,26 @@ x11_start_in_tray() {
 }
 
 # Opens the tray icon's context menu and picks an entry by its mnemonic
-# ("s" for "&Show Preferences", "q" for "&Quit").
+# ("s" for "&Show Preferences", "h" for "&Help", "q" for "&Quit"). A menu that
+# is still closing holds the pointer and would swallow the click, so the click
+# waits for it to be gone; and while the tray host is still placing a new icon
+# a click can land beside it, so an unanswered click is repeated, as a user
+# would.
 x11_tray_menu() {
-    local icon=$1 key=$2
-    xdotool mousemove --window "$icon" 4 4 click 3
-    x11_wait_toplevel Tessera >/dev/null || x11_fail "the tray menu did not open"
-    xdotool key "$key"
+    local icon=$1 key=$2 waited=0 attempt
+    while [[ -n $(x11_toplevels menus) ]]; do
+        ((waited++ < X11_TIMEOUT * 10)) || x11_fail "a menu stays open"
+        sleep 0.1
+    done
+    for ((attempt = 0; attempt < X11_TIMEOUT / 2; attempt++)); do
+        xdotool mousemove --window "$icon" 4 4 click 3
+        for ((waited = 0; waited < 30; waited++)); do
+            if [[ -n $(x11_toplevels menus) ]]; then
+                xdotool key "$key"
+                return
+            fi
+            sleep 0.1
+        done
+    done
+    x11_fail "the tray menu did not open"
 }
