@@ -11,7 +11,13 @@
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QCheckBox>
+#include <QDesktopServices>
+#include <QDir>
+#include <QMenu>
+#include <QMessageBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QRadioButton>
@@ -19,6 +25,8 @@
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+#include <QUrl>
 
 namespace
 {
@@ -124,6 +132,7 @@ private slots:
     void initTestCase();
     void init();
     void FreshStartSelectsDefaults();
+    void TrayMenuShowsWindowAboutAndHelp();
     void StoredMixerTypeIsSelected_data();
     void StoredMixerTypeIsSelected();
     void EachMixerTypeKeepsItsChoices();
@@ -132,9 +141,18 @@ private slots:
     void ConnectFollowsAddress();
     void FindsConnectsAndTranslatesWithMixerSim();
 
+public slots:
+    void OpenUrl(const QUrl& url);
+
 private:
     QTemporaryDir settingsDirectory;
+    QList<QUrl> openedUrls;
 };
+
+void cTestGuiWindow::OpenUrl(const QUrl& url)
+{
+    openedUrls.append(url);
+}
 
 void cTestGuiWindow::initTestCase()
 {
@@ -175,6 +193,54 @@ void cTestGuiWindow::FreshStartSelectsDefaults()
     QCOMPARE(settings.value("MixerType").toString(), QStringLiteral("KVR-8"));
     QCOMPARE(settings.value("KVR-8/Mode").toString(), QStringLiteral("MIDI"));
     QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 1u);
+}
+
+void cTestGuiWindow::TrayMenuShowsWindowAboutAndHelp()
+{
+    cWindowUnderTest t;
+    QSystemTrayIcon* trayIcon = t.window->findChild<QSystemTrayIcon*>();
+    QVERIFY(trayIcon);
+    QVERIFY(!trayIcon->icon().isNull());
+    QMenu* menu = trayIcon->contextMenu();
+    QStringList texts;
+    for (QAction* action : menu->actions())
+    {
+        texts.append(action->isSeparator() ? QStringLiteral("--") : action->text());
+    }
+    QCOMPARE(texts, QStringList({"&Show Preferences", "--", "&Help", "&About", "--", "&Quit"}));
+
+    // Only a double click on the icon opens the window.
+    emit trayIcon->activated(QSystemTrayIcon::Trigger);
+    emit trayIcon->activated(QSystemTrayIcon::MiddleClick);
+    QVERIFY(!t.window->isVisible());
+    emit trayIcon->activated(QSystemTrayIcon::DoubleClick);
+    QVERIFY(t.window->isVisible());
+    t.window->close();
+    QVERIFY(!t.window->isVisible());
+    menu->actions().at(0)->trigger();
+    QVERIFY(t.window->isVisible());
+
+    QString aboutText;
+    QTimer::singleShot(0, [&aboutText]() {
+        QMessageBox* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box)
+        {
+            aboutText = box->windowTitle() + QLatin1Char('|') + box->text();
+            box->accept();
+        }
+    });
+    menu->actions().at(3)->trigger();
+    QVERIFY2(aboutText.startsWith("About Tessera|Tessera 1.30\n"), qPrintable(aboutText));
+
+    QDesktopServices::setUrlHandler("file", this, "OpenUrl");
+    menu->actions().at(2)->trigger();
+    QDesktopServices::unsetUrlHandler("file");
+    QCOMPARE(openedUrls.size(), 1);
+    // The path keeps the executable directory's own leading slash after
+    // "file:///"; the desktop's handler reads the doubled slash as one.
+    QCOMPARE(openedUrls.at(0).scheme(), QStringLiteral("file"));
+    QCOMPARE(QDir::cleanPath(openedUrls.at(0).toLocalFile()),
+        QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../Resources/HelpManual.pdf"));
 }
 
 void cTestGuiWindow::StoredMixerTypeIsSelected_data()
