@@ -64,6 +64,7 @@ QList<QString> PortNamesFromArray(const QJsonArray& array)
     }
     return ports;
 }
+
 // The walk shared by both directions. A local variable letter is handed to
 // acceptLocal, which says whether it may stand there (and may record it).
 template <typename LocalCheck>
