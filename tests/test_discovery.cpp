@@ -142,6 +142,8 @@ void TestDiscovery::KeepsAtMostTheUnitLimit()
     QCOMPARE(found.count(), 256);
     QCOMPARE(finder.GetFoundUnits().size(), 256);
     QCOMPARE(finder.GetFoundUnits().last().address, QHostAddress(QStringLiteral("127.0.1.0")));
+    QString name = QStringLiteral("Unit");
+    QCOMPARE(finder.GetHostAddressByUnitName(name), QHostAddress(QStringLiteral("127.0.0.1")));
 
     // A known unit answering again is refreshed, not added, even at the limit.
     finder.UnitRespond(sUnit{QHostAddress(QStringLiteral("127.0.0.1")), QStringLiteral("Unit"), TX});

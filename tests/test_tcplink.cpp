@@ -54,6 +54,7 @@ private slots:
     void BurstIsReadInBoundedSteps();
     void ConnectTwiceAnnouncesTeardownFirst();
     void FailedAttemptsEndNotConnected();
+    void MixerGreetsAndEchoes();
     void MixerStoppedBySignal_data();
     void MixerStoppedBySignal();
 };
@@ -193,6 +194,20 @@ void TestTCPLink::FailedAttemptsEndNotConnected()
     link.DisconnectFromHost();
     QVERIFY(clock.elapsed() < 1000);
     QCOMPARE(Texts(texts).last(), QStringLiteral("Not Connected"));
+}
+
+void TestTCPLink::MixerGreetsAndEchoes()
+{
+    cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS, QStringLiteral("--echo"), QStringLiteral("--send"),
+                          QStringLiteral(TESSERA_TEST_DATA_DIR "/network/greeting.hex")});
+    QVERIFY(sim.IsListening());
+    cTCPMIDIInptOutput link;
+    QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
+    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+    QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\xF0\x7E\x00\x06\x02\x43\xF7\xB0\x07\x7F", 10));
+    QByteArray bytes("\x90\x40\x7F", 3);
+    link.WriteMIDIData(bytes);
+    QCOMPARE(ReadWhenReady(link, readReady), bytes);
 }
 
 void TestTCPLink::MixerStoppedBySignal_data()
