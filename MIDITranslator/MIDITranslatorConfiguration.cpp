@@ -4,9 +4,9 @@
 #include "Common/MIDI/MIDIInputMatcher.h"
 #include "Common/MIDI/MIDIOutput.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
+#include "MIDITranslator/JsonFile.h"
 
 #include <QFile>
-#include <QJsonParseError>
 #include <QJsonValue>
 
 const char* const MIXER_IN_ALIAS = "Mixer In";
@@ -79,26 +79,7 @@ void cMIDITranslatorConfiguration::Unload()
 
 QJsonDocument cMIDITranslatorConfiguration::GetJsonDocumentFromFilePath(QString path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Could not open file: %s", path.toLocal8Bit().constData());
-        return QJsonDocument();
-    }
-    QJsonParseError error;
-    QJsonDocument parsed = QJsonDocument::fromJson(file.readAll(), &error);
-    file.close();
-    if (error.error != QJsonParseError::NoError)
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Json Parse Error: %s for file %s", error.errorString().toLocal8Bit().constData(),
-                      path.toLocal8Bit().constData());
-        return parsed;
-    }
-    if (parsed.isNull())
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Json Document is Null");
-    }
-    return parsed;
+    return ReadJsonDocumentFromFile(path);
 }
 
 void cMIDITranslatorConfiguration::ProcessVirtualPortsArray(QJsonArray array)
@@ -256,6 +237,27 @@ const QList<cMIDITranslatorVariable>& cMIDITranslatorConfiguration::GetMIDITrans
 cSystemMIDIConfiguration* cMIDITranslatorConfiguration::GetSystemMIDIConfiguration() const
 {
     return systemMIDIConfiguration;
+}
+
+QStringList cMIDITranslatorConfiguration::GetIncomingPortNames() const
+{
+    return inputMatchers.keys();
+}
+
+QStringList cMIDITranslatorConfiguration::GetOutgoingPortNames() const
+{
+    QStringList names;
+    for (const QVector<sOutgoingPort>& ports : ruleOutgoingPorts)
+    {
+        for (const sOutgoingPort& port : ports)
+        {
+            if (!names.contains(port.realName))
+            {
+                names.append(port.realName);
+            }
+        }
+    }
+    return names;
 }
 
 void cMIDITranslatorConfiguration::MIDIMatchTriggered(int id, const std::vector<unsigned char>& bytes)

@@ -12,6 +12,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <functional>
@@ -42,6 +43,9 @@ public:
     QList<cMIDITranslatorRule> GetMIDITranslatorRules() const;
     const QList<cMIDITranslatorVariable>& GetMIDITranslatorVariables() const;
     cSystemMIDIConfiguration* GetSystemMIDIConfiguration() const;
+    // The real ports the loaded rules listen on and write to, each named once.
+    QStringList GetIncomingPortNames() const;
+    QStringList GetOutgoingPortNames() const;
 
     void MIDIMatchTriggered(int id, const std::vector<unsigned char>& bytes) override;
 

@@ -1,9 +1,8 @@
 #include "MIDITranslator/MixerDawMap.h"
 
 #include "Application/DebugTrace.h"
+#include "MIDITranslator/JsonFile.h"
 
-#include <QFile>
-#include <QJsonParseError>
 #include <QJsonValue>
 
 void cMixerDawMap::LoadFromFilePath(const QString& path)
@@ -15,25 +14,7 @@ void cMixerDawMap::LoadFromFilePath(const QString& path)
 
 QJsonDocument cMixerDawMap::GetJsonDocumentFromFilePath(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Could not open file: %s", path.toLocal8Bit().constData());
-        return QJsonDocument();
-    }
-    QJsonParseError error;
-    QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
-    file.close();
-    if (error.error != QJsonParseError::NoError)
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Json Parse Error: %s for file %s", error.errorString().toLocal8Bit().constData(),
-                      path.toLocal8Bit().constData());
-    }
-    else if (document.isNull())
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Json Document is Null");
-    }
-    return document;
+    return ReadJsonDocumentFromFile(path);
 }
 
 void cMixerDawMap::ProcessMixersArray(const QJsonArray& mixerArray)

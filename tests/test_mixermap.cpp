@@ -110,7 +110,7 @@ void tMixerMap::FailedLoadLeavesTheMapEmpty()
     }
     QCOMPARE(lines.size(), 1);
     QVERIFY2(lines[0].startsWith(QStringLiteral("ERROR: ") + error), qPrintable(lines[0]));
-    QVERIFY2(lines[0].contains(QStringLiteral("\t(MIDITranslator/MixerDawMap.cpp:")), qPrintable(lines[0]));
+    QVERIFY2(lines[0].contains(QStringLiteral("\t(MIDITranslator/JsonFile.cpp:")), qPrintable(lines[0]));
 }
 
 void tMixerMap::ConfigurationDirectoryIsBesideTheExecutable()

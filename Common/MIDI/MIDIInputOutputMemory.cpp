@@ -1,5 +1,6 @@
 #include "Common/MIDI/MIDIInputOutputMemory.h"
 
+#include <QMetaMethod>
 #include <QMutexLocker>
 
 cMIDIInputOutputMemory::cMIDIInputOutputMemory(const QString& name, QObject* parent)
@@ -12,8 +13,14 @@ QString cMIDIInputOutputMemory::GetName() const
     return name;
 }
 
+// Like a platform port, bytes that arrive while nobody listens are dropped:
+// a matcher that binds later must not translate stale input.
 void cMIDIInputOutputMemory::ReceiveMIDIData(const QByteArray& bytes)
 {
+    if (!isSignalConnected(QMetaMethod::fromSignal(&cMIDIInput::MIDIReadReady)))
+    {
+        return;
+    }
     {
         QMutexLocker lock(&mutex);
         receivedData.append(bytes);

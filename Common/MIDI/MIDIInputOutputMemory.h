@@ -19,7 +19,8 @@ public:
 
     QString GetName() const;
 
-    // Appends bytes as if they had arrived from outside and emits MIDIReadReady().
+    // Appends bytes as if they had arrived from outside and emits
+    // MIDIReadReady(); with no receiver connected they are dropped.
     void ReceiveMIDIData(const QByteArray& bytes);
 
     void ReadMIDIData(QByteArray& data) override;

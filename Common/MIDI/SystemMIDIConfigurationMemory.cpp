@@ -31,6 +31,12 @@ cMIDIInputOutputMemory* cSystemMIDIConfigurationMemory::GetMemoryInputOutput(con
     return qobject_cast<cMIDIInputOutputMemory*>(GetMIDIInput(name));
 }
 
+cMIDIInputOutputMemory* cSystemMIDIConfigurationMemory::GetOrAddMemoryInputOutput(const QString& name)
+{
+    cMIDIInputOutputMemory* port = GetMemoryInputOutput(name);
+    return port ? port : AddSystemInputOutput(name);
+}
+
 int cSystemMIDIConfigurationMemory::GetNumberOfInputs() const
 {
     return systemInputOutputs.size();

@@ -23,6 +23,8 @@ public:
 
     // The memory port behind a name as GetMIDIInput resolves it, or null.
     cMIDIInputOutputMemory* GetMemoryInputOutput(const QString& name);
+    // The same, plugging in a system port of that name where there is none.
+    cMIDIInputOutputMemory* GetOrAddMemoryInputOutput(const QString& name);
 
     int GetNumberOfInputs() const override;
     QString GetNameOfInput(int index) const override;

@@ -7,7 +7,6 @@
 
 #include <QCoreApplication>
 #include <QRegularExpression>
-#include <QSet>
 
 #include <iostream>
 #include <string>
@@ -24,44 +23,16 @@ QString HexText(const QByteArray& bytes)
 QList<cMIDIInputOutputMemory*> OpenOutgoingPorts(const cMIDITranslatorConfiguration& configuration,
                                                   cSystemMIDIConfigurationMemory& ports)
 {
-    QSet<QString> names;
-    for (const cMIDITranslatorRule& rule : configuration.GetMIDITranslatorRules())
-    {
-        for (const QString& port : rule.GetOutgoingPortsList())
-        {
-            names.insert(configuration.GetOutputPortNameFromAlias(port));
-        }
-    }
-
     QList<cMIDIInputOutputMemory*> outputs;
-    for (const QString& name : qAsConst(names))
+    for (const QString& name : configuration.GetOutgoingPortNames())
     {
-        cMIDIInputOutputMemory* output = ports.GetMemoryInputOutput(name);
-        if (!output)
-        {
-            output = ports.AddSystemInputOutput(name);
-        }
+        cMIDIInputOutputMemory* output = ports.GetOrAddMemoryInputOutput(name);
         QObject::connect(output, &cMIDIInputOutputMemory::MIDIWritten, [name](QByteArray data) {
             std::cout << qPrintable(name) << '\t' << qPrintable(HexText(data)) << std::endl;
         });
         outputs.append(output);
     }
     return outputs;
-}
-
-bool AnyRuleListensOn(const cMIDITranslatorConfiguration& configuration, const QString& realName)
-{
-    for (const cMIDITranslatorRule& rule : configuration.GetMIDITranslatorRules())
-    {
-        for (const QString& port : rule.GetIncomingPortsList())
-        {
-            if (configuration.GetInputPortNameFromAlias(port) == realName)
-            {
-                return true;
-            }
-        }
-    }
-    return false;
 }
 }
 
@@ -94,15 +65,11 @@ int cRuleReplay::Run(const sOptions& options, std::istream& input)
 
     // The input is named as a rule names it; its alias gives the real port.
     const QString inputName = configuration.GetInputPortNameFromAlias(options.inputPort);
-    if (!AnyRuleListensOn(configuration, inputName))
+    if (!configuration.GetIncomingPortNames().contains(inputName))
     {
         std::cerr << "warning: no rule listens on \"" << qPrintable(inputName) << "\"" << std::endl;
     }
-    cMIDIInputOutputMemory* inputPort = ports->GetMemoryInputOutput(inputName);
-    if (!inputPort)
-    {
-        inputPort = ports->AddSystemInputOutput(inputName);
-    }
+    cMIDIInputOutputMemory* inputPort = ports->GetOrAddMemoryInputOutput(inputName);
 
     std::string line;
     for (int lineNumber = 1; std::getline(input, line); ++lineNumber)
