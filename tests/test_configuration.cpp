@@ -3,42 +3,18 @@
 // the platform, so they reach the matchers through the queued notification.
 
 #include "Common/MIDI/MIDIInputMatcher.h"
-#include "Common/MIDI/MIDIInputOutputMemory.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
-#include "MIDITranslator/MIDITranslatorConfiguration.h"
-#include "support/StdoutCapture.h"
+#include "support/TranslatorFixture.h"
 
 #include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>
-#include <thread>
 
 namespace
 {
 QString DataFile(const char* name)
 {
     return QStringLiteral(TESSERA_TEST_DATA_DIR "/config/") + QLatin1String(name);
-}
-
-// The error trace lines that an action writes. The capture ends with the
-// action, so a failing comparison afterwards is still reported.
-template <typename Action>
-QStringList ErrorLinesOf(Action action)
-{
-    cStdoutCapture capture;
-    action();
-    return capture.ErrorLines();
-}
-
-QStringList Hex(const QList<QByteArray>& messages)
-{
-    QStringList hex;
-    for (const QByteArray& message : messages)
-    {
-        hex.append(QString::fromLatin1(message.toHex(' ').toUpper()));
-    }
-    return hex;
 }
 }
 
@@ -47,295 +23,237 @@ class tConfiguration : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        fixture = std::make_unique<cTranslatorFixture>(QStringList{"Footswitch", "Desk B"});
+        registry = fixture->registry;
+        configuration = &fixture->configuration;
+        desk = std::make_unique<cMIDIInputOutputMemory>(QStringLiteral("Desk"));
+        registry->AddInternalInputOutput(QStringLiteral("Desk"), desk.get());
+        configuration->LoadFromFile(DataFile("translator.json"));
+    }
 
-    void LoadBuildsPortsAliasesRulesAndMatchers();
-    void TranslatesThroughQueuedPorts_data();
-    void TranslatesThroughQueuedPorts();
-    void MixerOutActivityOnlyWhenThePortExists();
-    void SwitchingMixerInputMovesItsRules();
-    void VariableChangeAppliesAtOnce();
-    void PortRegisteredLaterBindsAndUnbinds();
-    void InvalidTriggerIdWritesNothing();
-    void BadFileLeavesEmptyWorkingConfiguration_data();
-    void BadFileLeavesEmptyWorkingConfiguration();
+    void cleanup()
+    {
+        fixture.reset();
+        desk.reset();
+    }
+
+    void LoadBuildsPortsAliasesRulesAndMatchers()
+    {
+        const QStringList errors = ErrorLinesOf([&] { configuration->LoadFromFile(DataFile("translator.json")); });
+        // Loading again replaced the first load completely: its virtual ports went
+        // and came back without a complaint about a port created twice.
+        QCOMPARE(errors.filter(QStringLiteral("already created")), QStringList());
+        QCOMPARE(errors.filter(QStringLiteral("rule \"Unknown global\"")).size(), 1);
+
+        QStringList ports = registry->GetVirtualInputOutputNames();
+        ports.sort();
+        QCOMPARE(ports, QStringList({"Desk", "Tessera DAW", "Tessera Monitor"}));
+
+        QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Desk"));
+        QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Desk"));
+        QCOMPARE(configuration->GetOutputPortNameFromAlias(QStringLiteral("Monitor")), QStringLiteral("Tessera Monitor"));
+        QCOMPARE(configuration->GetInputPortNameFromAlias(QStringLiteral("Monitor")), QStringLiteral("Monitor"));
+        QCOMPARE(configuration->GetInputPortNameFromAlias(QStringLiteral("Capitalised")), QStringLiteral("Capitalised"));
+        QCOMPARE(configuration->GetInputPortNameFromAlias(QStringLiteral("Numbered")), QStringLiteral("Numbered"));
+
+        // The rejected rule leaves no gap: identifiers are list positions.
+        QStringList names;
+        const QList<cMIDITranslatorRule> rules = configuration->GetMIDITranslatorRules();
+        for (int index = 0; index < rules.size(); ++index)
+        {
+            QCOMPARE(rules.at(index).GetIndentifier(), index);
+            QCOMPARE(rules.at(index).GetMIDIMatchNibbleListIdentifier().identifier, index);
+            names.append(rules.at(index).GetName());
+        }
+        QCOMPARE(names, QStringList({"Fader level", "Mute", "Select", "Program"}));
+        QCOMPARE(configuration->GetMIDITranslatorVariables().size(), 2);
+
+        // Fader and Mute share the desk's matcher; Mute has one of its own on the
+        // footswitch; Select and Program share the DAW port's.
+        QCOMPARE(MatcherCount(), 3);
+    }
+
+    void TranslatesThroughQueuedPorts_data()
+    {
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QStringList>("chunks");
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QStringList>("written");
+        QTest::addColumn<int>("mixerInReads");
+        QTest::addColumn<int>("mixerOutWrites");
+
+        QTest::newRow("fader from the mixer") << "Desk" << QStringList{"B0 07 64"} << "Tessera DAW"
+                                              << QStringList{"E0 04 64"} << 1 << 0;
+        QTest::newRow("running status") << "Desk" << QStringList{"B0 07 11 07 22"} << "Tessera DAW"
+                                        << QStringList{"E0 01 11", "E0 02 22"} << 1 << 0;
+        QTest::newRow("split across reads") << "Desk" << QStringList{"B0", "07", "64 B0 07", "7F"} << "Tessera DAW"
+                                            << QStringList{"E0 04 64", "E0 0F 7F"} << 4 << 0;
+        QTest::newRow("other channel") << "Desk" << QStringList{"B1 07 64"} << "Tessera DAW" << QStringList{} << 1 << 0;
+        QTest::newRow("two rules one port") << "Desk" << QStringList{"90 10 7F B0 07 01"} << "Tessera DAW"
+                                            << QStringList{"90 20 7F", "E0 01 01"} << 1 << 0;
+        QTest::newRow("second incoming port") << "Footswitch" << QStringList{"90 10 00"} << "Tessera DAW"
+                                              << QStringList{"90 20 00"} << 0 << 0;
+        QTest::newRow("DAW to mixer") << "Tessera DAW" << QStringList{"90 3C 7F"} << "Desk" << QStringList{"B0 3C 7F"}
+                                      << 0 << 1;
+        QTest::newRow("DAW to monitor") << "Tessera DAW" << QStringList{"90 3C 7F"} << "Tessera Monitor"
+                                        << QStringList{"B0 3C 7F"} << 0 << 1;
+        QTest::newRow("empty output still written") << "Tessera DAW" << QStringList{"C0 05"} << "Tessera Monitor"
+                                                    << QStringList{""} << 0 << 0;
+    }
+
+    void TranslatesThroughQueuedPorts()
+    {
+        QFETCH(QString, input);
+        QFETCH(QStringList, chunks);
+        QFETCH(QString, output);
+        QFETCH(QStringList, written);
+        QFETCH(int, mixerInReads);
+        QFETCH(int, mixerOutWrites);
+
+        QSignalSpy inputActivity(configuration, &cMIDITranslatorConfiguration::MixerMIDIInputRead);
+        QSignalSpy outputActivity(configuration, &cMIDITranslatorConfiguration::MixerMIDIOutputWrite);
+        QVERIFY(fixture->Port(input) && fixture->Port(output));
+        QCOMPARE(fixture->Through(input, chunks, output), written);
+        QCOMPARE(inputActivity.size(), mixerInReads);
+        QCOMPARE(outputActivity.size(), mixerOutWrites);
+    }
+
+    void MixerOutActivityOnlyWhenThePortExists()
+    {
+        QSignalSpy outputActivity(configuration, &cMIDITranslatorConfiguration::MixerMIDIOutputWrite);
+        configuration->SetMixerOutputPortName(QStringLiteral("Unplugged"));
+        QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Unplugged"));
+
+        QCOMPARE(fixture->Through("Tessera DAW", {"90 3C 7F"}, "Tessera Monitor"), QStringList{"B0 3C 7F"});
+        QCOMPARE(desk->TakeWrittenData().size(), 0);
+        QCOMPARE(outputActivity.size(), 0);
+    }
+
+    void SwitchingMixerInputMovesItsRules()
+    {
+        QSignalSpy inputActivity(configuration, &cMIDITranslatorConfiguration::MixerMIDIInputRead);
+        configuration->SetMixerInputPortName(QStringLiteral("Desk B"));
+        QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Desk B"));
+
+        QCOMPARE(fixture->Through("Desk", {"B0 07 64"}, "Tessera DAW"), QStringList{});
+        QCOMPARE(inputActivity.size(), 0);
+        QCOMPARE(fixture->Through("Desk B", {"B0 07 64"}, "Tessera DAW"), QStringList{"E0 04 64"});
+        QCOMPARE(inputActivity.size(), 1);
+
+        // A file without mixer aliases has nothing to point elsewhere.
+        configuration->LoadFromFile(DataFile("empty_object.json"));
+        configuration->SetMixerInputPortName(QStringLiteral("Desk B"));
+        configuration->SetMixerOutputPortName(QStringLiteral("Desk B"));
+        QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Mixer In"));
+        QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Mixer Out"));
+        QCOMPARE(MatcherCount(), 0);
+    }
+
+    void VariableChangeAppliesAtOnce()
+    {
+        QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), UBYTE(0));
+        configuration->SetVariableValue(QStringLiteral("n"), 2);
+        QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), UBYTE(2));
+        QCOMPARE(configuration->GetMIDITranslatorVariables().at(1).GetCurrentValue(), UBYTE(9));
+
+        QCOMPARE(fixture->Through("Desk", {"B0 07 64 B2 07 64 92 10 01"}, "Tessera DAW"), QStringList({"E2 04 64", "92 20 01"}));
+        QCOMPARE(fixture->Through("Tessera DAW", {"92 3C 7F"}, "Desk"), QStringList{"B2 3C 7F"});
+
+        unsigned char unknown = 1;
+        const QStringList errors = ErrorLinesOf(
+            [&]
+            {
+                configuration->SetVariableValue(QStringLiteral("q"), 1);
+                unknown = configuration->GetVariableValue(QStringLiteral("q"));
+            });
+        QCOMPARE(unknown, UBYTE(0));
+        QCOMPARE(errors.size(), 1);
+        QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Unknown Global Variable: \"q\"\t")));
+    }
+
+    // The TCP link is the port that comes and goes in practice: it is registered
+    // while connected, and the matcher built for its name follows it.
+    void PortRegisteredLaterBindsAndUnbinds()
+    {
+        cMIDIInputOutputMemory link(QStringLiteral("link"));
+        configuration->SetMixerInputPortName(QLatin1String(TCP_MIDI_PORT_NAME));
+        configuration->SetMixerOutputPortName(QLatin1String(TCP_MIDI_PORT_NAME));
+
+        fixture->Feed(&link, {"B0 07 64"});
+        QCOMPARE(fixture->Port("Tessera DAW")->TakeWrittenData().size(), 0);
+
+        configuration->SetTCPMIDIInputOutput(&link);
+        QCOMPARE(fixture->Through(TCP_MIDI_PORT_NAME, {"B0 07 64"}, "Tessera DAW"), QStringList{"E0 04 64"});
+        QCOMPARE(fixture->Through("Tessera DAW", {"90 3C 7F"}, TCP_MIDI_PORT_NAME), QStringList{"B0 3C 7F"});
+
+        configuration->SetTCPMIDIInputOutput(nullptr);
+        QVERIFY(!registry->GetMIDIInput(QLatin1String(TCP_MIDI_PORT_NAME)));
+        fixture->Feed(&link, {"B0 07 64"});
+        QCOMPARE(fixture->Port("Tessera DAW")->TakeWrittenData().size(), 0);
+    }
+
+    void InvalidTriggerIdWritesNothing()
+    {
+        const QStringList errors = ErrorLinesOf(
+            [&]
+            {
+                configuration->MIDIMatchTriggered(4, {0xB0, 0x07, 0x64});
+                configuration->MIDIMatchTriggered(-1, {0xB0, 0x07, 0x64});
+            });
+        QCOMPARE(fixture->Port("Tessera DAW")->TakeWrittenData().size(), 0);
+        QCOMPARE(errors.size(), 2);
+        QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Invalid Trigger Id: 4\t")));
+    }
+
+    void BadFileLeavesEmptyWorkingConfiguration_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("error");
+
+        QTest::newRow("missing") << DataFile("missing.json") << "^ERROR: Could not open file: .*/config/missing.json\t";
+        QTest::newRow("syntax error") << DataFile("syntax_error.json")
+                                      << "^ERROR: Json Parse Error: .+ for file .*/config/syntax_error.json\t";
+        QTest::newRow("empty object") << DataFile("empty_object.json") << "";
+        QTest::newRow("top-level array") << DataFile("top_level_array.json") << "";
+    }
+
+    void BadFileLeavesEmptyWorkingConfiguration()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, error);
+
+        const QStringList errors = ErrorLinesOf([&] { configuration->LoadFromFile(file); });
+        if (error.isEmpty())
+        {
+            QCOMPARE(errors, QStringList());
+        }
+        else
+        {
+            QCOMPARE(errors.size(), 1);
+            QVERIFY2(errors.at(0).contains(QRegularExpression(error)), qPrintable(errors.at(0)));
+        }
+        QCOMPARE(registry->GetVirtualInputOutputNames(), QStringList{"Desk"});
+        QCOMPARE(configuration->GetMIDITranslatorRules().size(), 0);
+        QCOMPARE(configuration->GetMIDITranslatorVariables().size(), 0);
+        QCOMPARE(MatcherCount(), 0);
+
+        configuration->LoadFromFile(DataFile("translator.json"));
+        QCOMPARE(fixture->Through("Desk", {"B0 07 64"}, "Tessera DAW"), QStringList{"E0 04 64"});
+    }
 
 private:
-    void Feed(cMIDIInputOutputMemory* port, const QStringList& chunks);
-    cMIDIInputOutputMemory* Port(const char* name);
-    int MatcherCount() const;
+    int MatcherCount() const
+    {
+        return configuration->findChildren<cMIDIInputMatcher*>().size();
+    }
 
+    std::unique_ptr<cTranslatorFixture> fixture;
     cSystemMIDIConfigurationMemory* registry = nullptr;
-    std::unique_ptr<cMIDITranslatorConfiguration> configuration;
+    cMIDITranslatorConfiguration* configuration = nullptr;
     std::unique_ptr<cMIDIInputOutputMemory> desk;
 };
-
-void tConfiguration::init()
-{
-    registry = new cSystemMIDIConfigurationMemory;
-    configuration = std::make_unique<cMIDITranslatorConfiguration>(registry);
-    desk = std::make_unique<cMIDIInputOutputMemory>(QStringLiteral("Desk"));
-    registry->AddInternalInputOutput(QStringLiteral("Desk"), desk.get());
-    registry->AddSystemInputOutput(QStringLiteral("Footswitch"));
-    registry->AddSystemInputOutput(QStringLiteral("Desk B"));
-    configuration->LoadFromFile(DataFile("translator.json"));
-}
-
-void tConfiguration::cleanup()
-{
-    configuration.reset();
-    desk.reset();
-}
-
-// Hands the bytes over from another thread, one read notification per chunk,
-// then lets the event loop deliver the queued notifications.
-void tConfiguration::Feed(cMIDIInputOutputMemory* port, const QStringList& chunks)
-{
-    std::thread platform(
-        [&]
-        {
-            for (const QString& chunk : chunks)
-            {
-                port->ReceiveMIDIData(QByteArray::fromHex(chunk.toLatin1()));
-            }
-        });
-    platform.join();
-    QCoreApplication::processEvents();
-}
-
-cMIDIInputOutputMemory* tConfiguration::Port(const char* name)
-{
-    return registry->GetMemoryInputOutput(QLatin1String(name));
-}
-
-int tConfiguration::MatcherCount() const
-{
-    return configuration->findChildren<cMIDIInputMatcher*>().size();
-}
-
-void tConfiguration::LoadBuildsPortsAliasesRulesAndMatchers()
-{
-    const QStringList errors = ErrorLinesOf([&] { configuration->LoadFromFile(DataFile("translator.json")); });
-    // Loading again replaced the first load completely: its virtual ports went
-    // and came back without a complaint about a port created twice.
-    QCOMPARE(errors.filter(QStringLiteral("already created")), QStringList());
-    QCOMPARE(errors.filter(QStringLiteral("rule \"Unknown global\"")).size(), 1);
-
-    QStringList ports = registry->GetVirtualInputOutputNames();
-    ports.sort();
-    QCOMPARE(ports, QStringList({"Desk", "Tessera DAW", "Tessera Monitor"}));
-
-    QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Desk"));
-    QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Desk"));
-    QCOMPARE(configuration->GetOutputPortNameFromAlias(QStringLiteral("Monitor")), QStringLiteral("Tessera Monitor"));
-    QCOMPARE(configuration->GetInputPortNameFromAlias(QStringLiteral("Monitor")), QStringLiteral("Monitor"));
-    QCOMPARE(configuration->GetInputPortNameFromAlias(QStringLiteral("Capitalised")), QStringLiteral("Capitalised"));
-    QCOMPARE(configuration->GetInputPortNameFromAlias(QStringLiteral("Numbered")), QStringLiteral("Numbered"));
-
-    // The rejected rule leaves no gap: identifiers are list positions.
-    QStringList names;
-    const QList<cMIDITranslatorRule> rules = configuration->GetMIDITranslatorRules();
-    for (int index = 0; index < rules.size(); ++index)
-    {
-        QCOMPARE(rules.at(index).GetIndentifier(), index);
-        QCOMPARE(rules.at(index).GetMIDIMatchNibbleListIdentifier().identifier, index);
-        names.append(rules.at(index).GetName());
-    }
-    QCOMPARE(names, QStringList({"Fader level", "Mute", "Select", "Program"}));
-    QCOMPARE(configuration->GetMIDITranslatorVariables().size(), 2);
-
-    // Fader and Mute share the desk's matcher; Mute has one of its own on the
-    // footswitch; Select and Program share the DAW port's.
-    QCOMPARE(MatcherCount(), 3);
-}
-
-void tConfiguration::TranslatesThroughQueuedPorts_data()
-{
-    QTest::addColumn<QString>("input");
-    QTest::addColumn<QStringList>("chunks");
-    QTest::addColumn<QString>("output");
-    QTest::addColumn<QStringList>("written");
-    QTest::addColumn<int>("mixerInReads");
-    QTest::addColumn<int>("mixerOutWrites");
-
-    QTest::newRow("fader from the mixer") << "Desk" << QStringList{"B0 07 64"} << "Tessera DAW"
-                                          << QStringList{"E0 04 64"} << 1 << 0;
-    QTest::newRow("running status") << "Desk" << QStringList{"B0 07 11 07 22"} << "Tessera DAW"
-                                    << QStringList{"E0 01 11", "E0 02 22"} << 1 << 0;
-    QTest::newRow("split across reads") << "Desk" << QStringList{"B0", "07", "64 B0 07", "7F"} << "Tessera DAW"
-                                        << QStringList{"E0 04 64", "E0 0F 7F"} << 4 << 0;
-    QTest::newRow("other channel") << "Desk" << QStringList{"B1 07 64"} << "Tessera DAW" << QStringList{} << 1 << 0;
-    QTest::newRow("two rules one port") << "Desk" << QStringList{"90 10 7F B0 07 01"} << "Tessera DAW"
-                                        << QStringList{"90 20 7F", "E0 01 01"} << 1 << 0;
-    QTest::newRow("second incoming port") << "Footswitch" << QStringList{"90 10 00"} << "Tessera DAW"
-                                          << QStringList{"90 20 00"} << 0 << 0;
-    QTest::newRow("DAW to mixer") << "Tessera DAW" << QStringList{"90 3C 7F"} << "Desk" << QStringList{"B0 3C 7F"}
-                                  << 0 << 1;
-    QTest::newRow("DAW to monitor") << "Tessera DAW" << QStringList{"90 3C 7F"} << "Tessera Monitor"
-                                    << QStringList{"B0 3C 7F"} << 0 << 1;
-    QTest::newRow("empty output still written") << "Tessera DAW" << QStringList{"C0 05"} << "Tessera Monitor"
-                                                << QStringList{""} << 0 << 0;
-}
-
-void tConfiguration::TranslatesThroughQueuedPorts()
-{
-    QFETCH(QString, input);
-    QFETCH(QStringList, chunks);
-    QFETCH(QString, output);
-    QFETCH(QStringList, written);
-    QFETCH(int, mixerInReads);
-    QFETCH(int, mixerOutWrites);
-
-    QSignalSpy inputActivity(configuration.get(), &cMIDITranslatorConfiguration::MixerMIDIInputRead);
-    QSignalSpy outputActivity(configuration.get(), &cMIDITranslatorConfiguration::MixerMIDIOutputWrite);
-    cMIDIInputOutputMemory* source = registry->GetMemoryInputOutput(input);
-    cMIDIInputOutputMemory* destination = registry->GetMemoryInputOutput(output);
-    QVERIFY(source && destination);
-
-    Feed(source, chunks);
-
-    QCOMPARE(Hex(destination->TakeWrittenData()), written);
-    QCOMPARE(inputActivity.size(), mixerInReads);
-    QCOMPARE(outputActivity.size(), mixerOutWrites);
-}
-
-void tConfiguration::MixerOutActivityOnlyWhenThePortExists()
-{
-    QSignalSpy outputActivity(configuration.get(), &cMIDITranslatorConfiguration::MixerMIDIOutputWrite);
-    configuration->SetMixerOutputPortName(QStringLiteral("Unplugged"));
-    QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Unplugged"));
-
-    Feed(Port("Tessera DAW"), {"90 3C 7F"});
-
-    QCOMPARE(Hex(Port("Tessera Monitor")->TakeWrittenData()), QStringList{"B0 3C 7F"});
-    QCOMPARE(desk->TakeWrittenData().size(), 0);
-    QCOMPARE(outputActivity.size(), 0);
-}
-
-void tConfiguration::SwitchingMixerInputMovesItsRules()
-{
-    QSignalSpy inputActivity(configuration.get(), &cMIDITranslatorConfiguration::MixerMIDIInputRead);
-    configuration->SetMixerInputPortName(QStringLiteral("Desk B"));
-    QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Desk B"));
-
-    Feed(desk.get(), {"B0 07 64"});
-    QCOMPARE(Port("Tessera DAW")->TakeWrittenData().size(), 0);
-    QCOMPARE(inputActivity.size(), 0);
-
-    Feed(Port("Desk B"), {"B0 07 64"});
-    QCOMPARE(Hex(Port("Tessera DAW")->TakeWrittenData()), QStringList{"E0 04 64"});
-    QCOMPARE(inputActivity.size(), 1);
-
-    // A file without mixer aliases has nothing to point elsewhere.
-    configuration->LoadFromFile(DataFile("empty_object.json"));
-    configuration->SetMixerInputPortName(QStringLiteral("Desk B"));
-    configuration->SetMixerOutputPortName(QStringLiteral("Desk B"));
-    QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Mixer In"));
-    QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Mixer Out"));
-    QCOMPARE(MatcherCount(), 0);
-}
-
-void tConfiguration::VariableChangeAppliesAtOnce()
-{
-    QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(0));
-
-    configuration->SetVariableValue(QStringLiteral("n"), 2);
-    QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(2));
-    QCOMPARE(configuration->GetMIDITranslatorVariables().at(1).GetCurrentValue(), static_cast<unsigned char>(9));
-
-    Feed(desk.get(), {"B0 07 64 B2 07 64 92 10 01"});
-    QCOMPARE(Hex(Port("Tessera DAW")->TakeWrittenData()), QStringList({"E2 04 64", "92 20 01"}));
-    Feed(Port("Tessera DAW"), {"92 3C 7F"});
-    QCOMPARE(Hex(desk->TakeWrittenData()), QStringList{"B2 3C 7F"});
-
-    unsigned char unknown = 1;
-    const QStringList errors = ErrorLinesOf(
-        [&]
-        {
-            configuration->SetVariableValue(QStringLiteral("q"), 1);
-            unknown = configuration->GetVariableValue(QStringLiteral("q"));
-        });
-    QCOMPARE(unknown, static_cast<unsigned char>(0));
-    QCOMPARE(errors.size(), 1);
-    QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Unknown Global Variable: \"q\"\t")));
-}
-
-// The TCP link is the port that comes and goes in practice: it is registered
-// while connected, and the matcher built for its name follows it.
-void tConfiguration::PortRegisteredLaterBindsAndUnbinds()
-{
-    cMIDIInputOutputMemory link(QStringLiteral("link"));
-    configuration->SetMixerInputPortName(QLatin1String(TCP_MIDI_PORT_NAME));
-    configuration->SetMixerOutputPortName(QLatin1String(TCP_MIDI_PORT_NAME));
-
-    Feed(&link, {"B0 07 64"});
-    QCOMPARE(Port("Tessera DAW")->TakeWrittenData().size(), 0);
-    // What arrived while nobody listened stays in the port; drop it.
-    QByteArray unread;
-    link.ReadMIDIData(unread);
-
-    configuration->SetTCPMIDIInputOutput(&link);
-    Feed(&link, {"B0 07 64"});
-    QCOMPARE(Hex(Port("Tessera DAW")->TakeWrittenData()), QStringList{"E0 04 64"});
-    Feed(Port("Tessera DAW"), {"90 3C 7F"});
-    QCOMPARE(Hex(link.TakeWrittenData()), QStringList{"B0 3C 7F"});
-
-    configuration->SetTCPMIDIInputOutput(nullptr);
-    QVERIFY(!registry->GetMIDIInput(QLatin1String(TCP_MIDI_PORT_NAME)));
-    Feed(&link, {"B0 07 64"});
-    QCOMPARE(Port("Tessera DAW")->TakeWrittenData().size(), 0);
-}
-
-void tConfiguration::InvalidTriggerIdWritesNothing()
-{
-    const QStringList errors = ErrorLinesOf(
-        [&]
-        {
-            configuration->MIDIMatchTriggered(4, {0xB0, 0x07, 0x64});
-            configuration->MIDIMatchTriggered(-1, {0xB0, 0x07, 0x64});
-        });
-    QCOMPARE(Port("Tessera DAW")->TakeWrittenData().size(), 0);
-    QCOMPARE(errors.size(), 2);
-    QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Invalid Trigger Id: 4\t")));
-}
-
-void tConfiguration::BadFileLeavesEmptyWorkingConfiguration_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("error");
-
-    QTest::newRow("missing") << DataFile("missing.json") << "^ERROR: Could not open file: .*/config/missing.json\t";
-    QTest::newRow("syntax error") << DataFile("syntax_error.json")
-                                  << "^ERROR: Json Parse Error: .+ for file .*/config/syntax_error.json\t";
-    QTest::newRow("empty object") << DataFile("empty_object.json") << "";
-    QTest::newRow("top-level array") << DataFile("top_level_array.json") << "";
-}
-
-void tConfiguration::BadFileLeavesEmptyWorkingConfiguration()
-{
-    QFETCH(QString, file);
-    QFETCH(QString, error);
-
-    const QStringList errors = ErrorLinesOf([&] { configuration->LoadFromFile(file); });
-    if (error.isEmpty())
-    {
-        QCOMPARE(errors, QStringList());
-    }
-    else
-    {
-        QCOMPARE(errors.size(), 1);
-        QVERIFY2(errors.at(0).contains(QRegularExpression(error)), qPrintable(errors.at(0)));
-    }
-    QCOMPARE(registry->GetVirtualInputOutputNames(), QStringList{"Desk"});
-    QCOMPARE(configuration->GetMIDITranslatorRules().size(), 0);
-    QCOMPARE(configuration->GetMIDITranslatorVariables().size(), 0);
-    QCOMPARE(MatcherCount(), 0);
-
-    configuration->LoadFromFile(DataFile("translator.json"));
-    Feed(desk.get(), {"B0 07 64"});
-    QCOMPARE(Hex(Port("Tessera DAW")->TakeWrittenData()), QStringList{"E0 04 64"});
-}
 
 QTEST_GUILESS_MAIN(tConfiguration)
 #include "test_configuration.moc"

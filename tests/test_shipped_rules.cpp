@@ -1,9 +1,6 @@
-#include "Common/MIDI/MIDIInputOutputMemory.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/FileLocations.h"
-#include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "MIDITranslator/MixerDawMap.h"
-#include "tests/support/StdoutCapture.h"
+#include "support/TranslatorFixture.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -21,273 +18,204 @@ const QString MACKIE = QStringLiteral("Tessera Mackie Control");
 const QString MACKIE_XT = QStringLiteral("Tessera Mackie Control XT");
 const QString GENERIC = QStringLiteral("Tessera Generic CC");
 
-QJsonObject ReadJson(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-    {
-        return QJsonObject();
-    }
-    return QJsonDocument::fromJson(file.readAll()).object();
-}
-
 QByteArray Bytes(const char* hex)
 {
     return QByteArray::fromHex(QByteArray(hex));
 }
 
-// A loaded rule file with its console plugged in and routed as the main
-// window routes it in "MIDI Ports" mode.
-class cLoadedFile
+// A rule file loaded with the console plugged in and routed as the main
+// window routes it in "MIDI Ports" mode; the bytes sent to one port, and
+// every write they caused.
+QHash<QString, QByteArray> Send(const QString& file, int channel, const QString& port, const QByteArray& bytes)
 {
-public:
-    explicit cLoadedFile(const QString& path) :
-        registry(new cSystemMIDIConfigurationMemory), configuration(registry)
-    {
-        registry->AddSystemInputOutput(CONSOLE);
-        configuration.LoadFromFile(path);
-        configuration.SetMixerInputPortName(CONSOLE);
-        configuration.SetMixerOutputPortName(CONSOLE);
-    }
-
-    // Every write the bytes caused, per port, each port's writes joined.
-    QHash<QString, QByteArray> Send(const QString& port, const QByteArray& bytes)
-    {
-        registry->GetMemoryInputOutput(port)->ReceiveMIDIData(bytes);
-        QCoreApplication::processEvents();
-        QHash<QString, QByteArray> written;
-        QStringList ports = registry->GetVirtualInputOutputNames() << CONSOLE;
-        for (const QString& name : ports)
-        {
-            const QList<QByteArray> writes = registry->GetMemoryInputOutput(name)->TakeWrittenData();
-            for (const QByteArray& write : writes)
-            {
-                written[name] += write;
-            }
-        }
-        return written;
-    }
-
-    cSystemMIDIConfigurationMemory* registry;
-    cMIDITranslatorConfiguration configuration;
-};
+    cTranslatorFixture loaded({CONSOLE});
+    loaded.configuration.LoadFromFile(file);
+    loaded.configuration.SetMixerInputPortName(CONSOLE);
+    loaded.configuration.SetMixerOutputPortName(CONSOLE);
+    // The main window applies the user's channel to the variable by its value.
+    loaded.configuration.SetVariableValue(QStringLiteral("n"), UBYTE(channel - 1));
+    loaded.Feed(loaded.Port(port), {QString::fromLatin1(bytes.toHex())});
+    return loaded.TakeAllWrites();
+}
 }
 
 class tShippedRules : public QObject
 {
     Q_OBJECT
 private slots:
-    void MapNamesTheMixerTypesAndProtocols();
-    void EveryFileLoadsCleanly();
-    void Translates_data();
-    void Translates();
-    void DocumentedExamples_data();
-    void DocumentedExamples();
-};
-
-void tShippedRules::MapNamesTheMixerTypesAndProtocols()
-{
-    cStdoutCapture capture;
-    cMixerDawMap map;
-    map.LoadFromFilePath(cFileLocations::GetMixerMapFilePath());
-    QStringList mixers = map.GetMixerNames();
-    mixers.sort();
-    QCOMPARE(mixers, QStringList({"KVR-12", "Tx-16", "Tx-8"}));
-    for (const QString& mixer : mixers)
+    void EveryFileLoadsCleanly()
     {
-        QCOMPARE(map.GetDAWNamesForMixer(mixer), QStringList({"Mackie Control", "Generic CC"}));
-    }
-    QCOMPARE(capture.ErrorLines(), QStringList());
-}
-
-void tShippedRules::EveryFileLoadsCleanly()
-{
-    cMixerDawMap map;
-    map.LoadFromFilePath(cFileLocations::GetMixerMapFilePath());
-    QStringList channelNames;
-    for (int channel = 1; channel <= 16; ++channel)
-    {
-        channelNames << QString::number(channel);
-    }
-
-    for (const QString& mixer : map.GetMixerNames())
-    {
-        for (const QString& daw : map.GetDAWNamesForMixer(mixer))
+        cMixerDawMap map;
+        QCOMPARE(ErrorLinesOf([&] { map.LoadFromFilePath(cFileLocations::GetMixerMapFilePath()); }), QStringList());
+        QStringList mixers = map.GetMixerNames();
+        mixers.sort();
+        QCOMPARE(mixers, QStringList({"KVR-12", "Tx-16", "Tx-8"}));
+        for (const QString& mixer : mixers)
         {
-            const QString file = map.GetFilePathForMixerAndDAW(mixer, daw);
-            const QString path = cFileLocations::GetConfigurationFileDirectory() + file;
-            const QString context = mixer + QStringLiteral(" / ") + daw;
-            QVERIFY2(QFile::exists(path), qPrintable(context));
-            const QJsonObject json = ReadJson(path);
-
-            cStdoutCapture capture;
-            cMIDITranslatorConfiguration configuration(new cSystemMIDIConfigurationMemory);
-            configuration.LoadFromFile(path);
-            QVERIFY2(capture.ErrorLines().isEmpty(), qPrintable(context + QLatin1Char('\n') + capture.Text()));
-
-            // Nothing the file holds was rejected.
-            QCOMPARE(configuration.GetMIDITranslatorRules().size(), json.value("rules").toArray().size());
-            QVERIFY(configuration.GetMIDITranslatorRules().size() > 0);
-            QStringList ports;
-            for (const QJsonValue& port : json.value("virtual_ports").toArray())
+            QCOMPARE(map.GetDAWNamesForMixer(mixer), QStringList({"Mackie Control", "Generic CC"}));
+            for (const QString& daw : map.GetDAWNamesForMixer(mixer))
             {
-                ports << port.toString();
-            }
-            QStringList created = configuration.GetSystemMIDIConfiguration()->GetVirtualInputOutputNames();
-            created.sort();
-            ports.sort();
-            QCOMPARE(created, ports);
-            QCOMPARE(configuration.GetMixerInputPortName(), QStringLiteral("Kestrel Internal TCP MIDI"));
-            QCOMPARE(configuration.GetMixerOutputPortName(), QStringLiteral("Kestrel Internal TCP MIDI"));
+                const QString file = map.GetFilePathForMixerAndDAW(mixer, daw);
+                const QString path = cFileLocations::GetConfigurationFileDirectory() + file;
+                const QString context = mixer + QStringLiteral(" / ") + daw;
+                QVERIFY2(QFile::exists(path), qPrintable(context));
+                const QJsonObject json = ReadJsonObject(path);
 
-            const QList<cMIDITranslatorVariable>& variables = configuration.GetMIDITranslatorVariables();
-            QCOMPARE(variables.size(), 1);
-            QCOMPARE(variables[0].GetDescriptiveName(), QStringLiteral("MIDI Channel"));
-            QStringList names;
-            for (int index = 0; index < variables[0].GetNumberOfValues(); ++index)
-            {
-                QCOMPARE(int(variables[0].GetValueAtIndex(index)), index);
-                names << variables[0].GetNameAtIndex(index);
+                cStdoutCapture capture;
+                cMIDITranslatorConfiguration configuration(new cSystemMIDIConfigurationMemory);
+                configuration.LoadFromFile(path);
+                QVERIFY2(capture.ErrorLines().isEmpty(), qPrintable(context + QLatin1Char('\n') + capture.Text()));
+
+                // Nothing the file holds was rejected.
+                QCOMPARE(configuration.GetMIDITranslatorRules().size(), json.value("rules").toArray().size());
+                QVERIFY(configuration.GetMIDITranslatorRules().size() > 0);
+                QStringList ports = json.value("virtual_ports").toVariant().toStringList();
+                QStringList created = configuration.GetSystemMIDIConfiguration()->GetVirtualInputOutputNames();
+                created.sort();
+                ports.sort();
+                QCOMPARE(created, ports);
+                QCOMPARE(configuration.GetMixerInputPortName(), QStringLiteral("Kestrel Internal TCP MIDI"));
+                QCOMPARE(configuration.GetMixerOutputPortName(), QStringLiteral("Kestrel Internal TCP MIDI"));
+
+                const QList<cMIDITranslatorVariable>& variables = configuration.GetMIDITranslatorVariables();
+                QCOMPARE(variables.size(), 1);
+                QCOMPARE(variables[0].GetDescriptiveName(), QStringLiteral("MIDI Channel"));
+                QCOMPARE(variables[0].GetNumberOfValues(), 16);
+                for (int index = 0; index < 16; ++index)
+                {
+                    QCOMPARE(int(variables[0].GetValueAtIndex(index)), index);
+                    QCOMPARE(variables[0].GetNameAtIndex(index), QString::number(index + 1));
+                }
+                QCOMPARE(variables[0].GetCurrentValue(), UBYTE(0));
             }
-            QCOMPARE(names, channelNames);
-            QCOMPARE(variables[0].GetCurrentValue(), UBYTE(0));
         }
     }
-}
 
-void tShippedRules::Translates_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<int>("channel");
-    QTest::addColumn<QString>("from");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QString>("to");
-    QTest::addColumn<QByteArray>("output");
+    void Translates_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("channel");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QByteArray>("output");
 
-    // Tx-16 on MIDI channel 5: strips 1-8 on the Mackie main unit, 9-16 on the extender.
-    const QString tx16 = QStringLiteral("tx16_mackie_control.json");
-    QTest::newRow("tx16 mackie: fader 3 up") << tx16 << 5 << CONSOLE << Bytes("B40240") << MACKIE << Bytes("E24040");
-    QTest::newRow("tx16 mackie: fader 11 up") << tx16 << 5 << CONSOLE << Bytes("B40A7F") << MACKIE_XT << Bytes("E27F7F");
-    QTest::newRow("tx16 mackie: running status") << tx16 << 5 << CONSOLE << Bytes("B402400303")
-                                                 << MACKIE << Bytes("E24040E30303");
-    QTest::newRow("tx16 mackie: other channel") << tx16 << 5 << CONSOLE << Bytes("B00240") << MACKIE << QByteArray();
-    QTest::newRow("tx16 mackie: fader 2 down") << tx16 << 5 << MACKIE << Bytes("E10060") << CONSOLE << Bytes("B40160");
-    QTest::newRow("tx16 mackie: master up") << tx16 << 5 << CONSOLE << Bytes("B4707F") << MACKIE << Bytes("E87F7F");
-    QTest::newRow("tx16 mackie: master down") << tx16 << 5 << MACKIE << Bytes("E81234") << CONSOLE << Bytes("B47034");
-    QTest::newRow("tx16 mackie: touch 2") << tx16 << 5 << CONSOLE << Bytes("B4217F") << MACKIE << Bytes("90697F");
-    QTest::newRow("tx16 mackie: mute 1") << tx16 << 5 << CONSOLE << Bytes("B4407F") << MACKIE << Bytes("90107F901000");
-    QTest::newRow("tx16 mackie: mute lamp 9") << tx16 << 5 << MACKIE_XT << Bytes("90107F") << CONSOLE << Bytes("B4487F");
-    QTest::newRow("tx16 mackie: pan 4 left") << tx16 << 5 << CONSOLE << Bytes("B41343") << MACKIE << Bytes("B01343");
-    QTest::newRow("tx16 mackie: pan 4 ring") << tx16 << 5 << MACKIE << Bytes("B03316") << CONSOLE << Bytes("B41316");
-    QTest::newRow("tx16 mackie: select 16") << tx16 << 5 << CONSOLE << Bytes("940F7F") << MACKIE_XT << Bytes("901F7F");
-    QTest::newRow("tx16 mackie: play press") << tx16 << 5 << CONSOLE << Bytes("94637F") << MACKIE << Bytes("905E7F");
-    QTest::newRow("tx16 mackie: play release") << tx16 << 5 << CONSOLE << Bytes("946300") << MACKIE << Bytes("905E00");
-    QTest::newRow("tx16 mackie: play lamp blink") << tx16 << 5 << MACKIE << Bytes("905E01") << CONSOLE << Bytes("946301");
-    QTest::newRow("tx16 mackie: bank right") << tx16 << 5 << CONSOLE << Bytes("94697F") << MACKIE << Bytes("902F7F");
+        // Tx-16 on MIDI channel 5: strips 1-8 on the Mackie main unit, 9-16 on the extender.
+        const QString tx16 = QStringLiteral("tx16_mackie_control.json");
+        QTest::newRow("tx16 mackie: fader 3 up") << tx16 << 5 << CONSOLE << Bytes("B40240") << MACKIE << Bytes("E24040");
+        QTest::newRow("tx16 mackie: fader 11 up") << tx16 << 5 << CONSOLE << Bytes("B40A7F") << MACKIE_XT << Bytes("E27F7F");
+        QTest::newRow("tx16 mackie: other channel") << tx16 << 5 << CONSOLE << Bytes("B00240") << MACKIE << QByteArray();
+        QTest::newRow("tx16 mackie: fader 2 down") << tx16 << 5 << MACKIE << Bytes("E10060") << CONSOLE << Bytes("B40160");
+        QTest::newRow("tx16 mackie: master up") << tx16 << 5 << CONSOLE << Bytes("B4707F") << MACKIE << Bytes("E87F7F");
+        QTest::newRow("tx16 mackie: master down") << tx16 << 5 << MACKIE << Bytes("E81234") << CONSOLE << Bytes("B47034");
+        QTest::newRow("tx16 mackie: touch 2") << tx16 << 5 << CONSOLE << Bytes("B4217F") << MACKIE << Bytes("90697F");
+        QTest::newRow("tx16 mackie: mute 1") << tx16 << 5 << CONSOLE << Bytes("B4407F") << MACKIE << Bytes("90107F901000");
+        QTest::newRow("tx16 mackie: mute lamp 9") << tx16 << 5 << MACKIE_XT << Bytes("90107F") << CONSOLE << Bytes("B4487F");
+        QTest::newRow("tx16 mackie: pan 4 left") << tx16 << 5 << CONSOLE << Bytes("B41343") << MACKIE << Bytes("B01343");
+        QTest::newRow("tx16 mackie: pan 4 ring") << tx16 << 5 << MACKIE << Bytes("B03316") << CONSOLE << Bytes("B41316");
+        QTest::newRow("tx16 mackie: select 16") << tx16 << 5 << CONSOLE << Bytes("940F7F") << MACKIE_XT << Bytes("901F7F");
+        QTest::newRow("tx16 mackie: play press") << tx16 << 5 << CONSOLE << Bytes("94637F") << MACKIE << Bytes("905E7F");
+        QTest::newRow("tx16 mackie: play lamp blink") << tx16 << 5 << MACKIE << Bytes("905E01") << CONSOLE << Bytes("946301");
+        QTest::newRow("tx16 mackie: bank right") << tx16 << 5 << CONSOLE << Bytes("94697F") << MACKIE << Bytes("902F7F");
 
-    const QString tx8 = QStringLiteral("tx8_mackie_control.json");
-    QTest::newRow("tx8 mackie: fader 8") << tx8 << 16 << CONSOLE << Bytes("BF0720") << MACKIE << Bytes("E72020");
-    QTest::newRow("tx8 mackie: rec lamp 8") << tx8 << 16 << MACKIE << Bytes("90077F") << CONSOLE << Bytes("9F277F");
+        const QString tx8 = QStringLiteral("tx8_mackie_control.json");
+        QTest::newRow("tx8 mackie: fader 8") << tx8 << 16 << CONSOLE << Bytes("BF0720") << MACKIE << Bytes("E72020");
+        QTest::newRow("tx8 mackie: rec lamp 8") << tx8 << 16 << MACKIE << Bytes("90077F") << CONSOLE << Bytes("9F277F");
 
-    // KVR-12 on channel 16: NRPN in, running status included.
-    const QString kvr = QStringLiteral("kvr12_mackie_control.json");
-    QTest::newRow("kvr mackie: fader 10") << kvr << 16 << CONSOLE << Bytes("BF6300BF6209BF0655BF2611")
-                                          << MACKIE_XT << Bytes("E11155");
-    QTest::newRow("kvr mackie: fader 10 running") << kvr << 16 << CONSOLE << Bytes("BF6300620906552611")
-                                                  << MACKIE_XT << Bytes("E11155");
-    QTest::newRow("kvr mackie: fader 1 down") << kvr << 16 << MACKIE << Bytes("E02233")
-                                              << CONSOLE << Bytes("BF6300BF6200BF0633BF2622");
-    QTest::newRow("kvr mackie: master") << kvr << 16 << CONSOLE << Bytes("BF6300BF627FBF067FBF267F")
-                                        << MACKIE << Bytes("E87F7F");
-    QTest::newRow("kvr mackie: pan 2 left 5") << kvr << 16 << CONSOLE << Bytes("BF6301BF6201BF6105")
-                                              << MACKIE << Bytes("B01145");
-    QTest::newRow("kvr mackie: pan 2 right 5") << kvr << 16 << CONSOLE << Bytes("BF6301BF6201BF6005")
-                                               << MACKIE << Bytes("B01105");
-    QTest::newRow("kvr mackie: select 3 press") << kvr << 16 << CONSOLE << Bytes("9F227F") << MACKIE << Bytes("901A7F");
-    QTest::newRow("kvr mackie: select 3 release") << kvr << 16 << CONSOLE << Bytes("8F2240") << MACKIE << Bytes("901A00");
-    QTest::newRow("kvr mackie: mute 12") << kvr << 16 << CONSOLE << Bytes("BF6302BF620BBF067F")
-                                         << MACKIE_XT << Bytes("90137F901300");
-    QTest::newRow("kvr mackie: solo lamp 4") << kvr << 16 << MACKIE << Bytes("900B7F")
-                                             << CONSOLE << Bytes("BF6303BF6203BF067F");
-    QTest::newRow("kvr mackie: stop") << kvr << 16 << CONSOLE << Bytes("9F727F") << MACKIE << Bytes("905D7F");
+        // KVR-12 on channel 16: NRPN in, running status included.
+        const QString kvr = QStringLiteral("kvr12_mackie_control.json");
+        QTest::newRow("kvr mackie: fader 10") << kvr << 16 << CONSOLE << Bytes("BF6300BF6209BF0655BF2611")
+                                              << MACKIE_XT << Bytes("E11155");
+        QTest::newRow("kvr mackie: fader 1 down") << kvr << 16 << MACKIE << Bytes("E02233")
+                                                  << CONSOLE << Bytes("BF6300BF6200BF0633BF2622");
+        QTest::newRow("kvr mackie: master") << kvr << 16 << CONSOLE << Bytes("BF6300BF627FBF067FBF267F")
+                                            << MACKIE << Bytes("E87F7F");
+        QTest::newRow("kvr mackie: pan 2 left 5") << kvr << 16 << CONSOLE << Bytes("BF6301BF6201BF6105")
+                                                  << MACKIE << Bytes("B01145");
+        QTest::newRow("kvr mackie: pan 2 right 5") << kvr << 16 << CONSOLE << Bytes("BF6301BF6201BF6005")
+                                                   << MACKIE << Bytes("B01105");
+        QTest::newRow("kvr mackie: select 3 press") << kvr << 16 << CONSOLE << Bytes("9F227F") << MACKIE << Bytes("901A7F");
+        QTest::newRow("kvr mackie: select 3 release") << kvr << 16 << CONSOLE << Bytes("8F2240") << MACKIE << Bytes("901A00");
+        QTest::newRow("kvr mackie: mute 12") << kvr << 16 << CONSOLE << Bytes("BF6302BF620BBF067F")
+                                             << MACKIE_XT << Bytes("90137F901300");
+        QTest::newRow("kvr mackie: solo lamp 4") << kvr << 16 << MACKIE << Bytes("900B7F")
+                                                 << CONSOLE << Bytes("BF6303BF6203BF067F");
+        QTest::newRow("kvr mackie: stop") << kvr << 16 << CONSOLE << Bytes("9F727F") << MACKIE << Bytes("905D7F");
 
-    // Generic CC: strip k on channel k of the DAW port, the master and keys on channel 1.
-    const QString tx8cc = QStringLiteral("tx8_generic_cc.json");
-    QTest::newRow("tx8 cc: fader 8") << tx8cc << 2 << CONSOLE << Bytes("B10764") << GENERIC << Bytes("B70764");
-    QTest::newRow("tx8 cc: fader 8 down") << tx8cc << 2 << GENERIC << Bytes("B70710") << CONSOLE << Bytes("B10710");
-    QTest::newRow("tx8 cc: master") << tx8cc << 2 << CONSOLE << Bytes("B1707F") << GENERIC << Bytes("B00E7F");
-    QTest::newRow("tx8 cc: master down") << tx8cc << 2 << GENERIC << Bytes("B00E20") << CONSOLE << Bytes("B17020");
-    QTest::newRow("tx8 cc: mute 4") << tx8cc << 2 << CONSOLE << Bytes("B1437F") << GENERIC << Bytes("B3147F");
-    QTest::newRow("tx8 cc: unmute 4") << tx8cc << 2 << GENERIC << Bytes("B31400") << CONSOLE << Bytes("B14300");
-    QTest::newRow("tx8 cc: pan 6") << tx8cc << 2 << CONSOLE << Bytes("B11541") << GENERIC << Bytes("B50A41");
-    QTest::newRow("tx8 cc: record") << tx8cc << 2 << CONSOLE << Bytes("91647F") << GENERIC << Bytes("B06A7F");
-    QTest::newRow("tx8 cc: pan has no way back") << tx8cc << 2 << GENERIC << Bytes("B50A40") << CONSOLE << QByteArray();
+        // Generic CC: strip k on channel k of the DAW port, the master and keys on channel 1.
+        const QString tx8cc = QStringLiteral("tx8_generic_cc.json");
+        QTest::newRow("tx8 cc: fader 8") << tx8cc << 2 << CONSOLE << Bytes("B10764") << GENERIC << Bytes("B70764");
+        QTest::newRow("tx8 cc: fader 8 down") << tx8cc << 2 << GENERIC << Bytes("B70710") << CONSOLE << Bytes("B10710");
+        QTest::newRow("tx8 cc: master") << tx8cc << 2 << CONSOLE << Bytes("B1707F") << GENERIC << Bytes("B00E7F");
+        QTest::newRow("tx8 cc: master down") << tx8cc << 2 << GENERIC << Bytes("B00E20") << CONSOLE << Bytes("B17020");
+        QTest::newRow("tx8 cc: mute 4") << tx8cc << 2 << CONSOLE << Bytes("B1437F") << GENERIC << Bytes("B3147F");
+        QTest::newRow("tx8 cc: unmute 4") << tx8cc << 2 << GENERIC << Bytes("B31400") << CONSOLE << Bytes("B14300");
+        QTest::newRow("tx8 cc: pan 6") << tx8cc << 2 << CONSOLE << Bytes("B11541") << GENERIC << Bytes("B50A41");
+        QTest::newRow("tx8 cc: record") << tx8cc << 2 << CONSOLE << Bytes("91647F") << GENERIC << Bytes("B06A7F");
+        QTest::newRow("tx8 cc: pan has no way back") << tx8cc << 2 << GENERIC << Bytes("B50A40") << CONSOLE << QByteArray();
 
-    const QString tx16cc = QStringLiteral("tx16_generic_cc.json");
-    QTest::newRow("tx16 cc: fader 16") << tx16cc << 1 << CONSOLE << Bytes("B00F7F") << GENERIC << Bytes("BF077F");
-    QTest::newRow("tx16 cc: solo lamp 16") << tx16cc << 1 << GENERIC << Bytes("BF157F") << CONSOLE << Bytes("B05F7F");
+        const QString tx16cc = QStringLiteral("tx16_generic_cc.json");
+        QTest::newRow("tx16 cc: fader 16") << tx16cc << 1 << CONSOLE << Bytes("B00F7F") << GENERIC << Bytes("BF077F");
+        QTest::newRow("tx16 cc: solo lamp 16") << tx16cc << 1 << GENERIC << Bytes("BF157F") << CONSOLE << Bytes("B05F7F");
 
-    const QString kvrcc = QStringLiteral("kvr12_generic_cc.json");
-    QTest::newRow("kvr cc: fader 12") << kvrcc << 3 << CONSOLE << Bytes("B26300B2620BB20640B22600")
-                                      << GENERIC << Bytes("BB0740");
-    QTest::newRow("kvr cc: fader 12 down") << kvrcc << 3 << GENERIC << Bytes("BB0741")
-                                           << CONSOLE << Bytes("B26300B2620BB20641B22641");
-    QTest::newRow("kvr cc: play release") << kvrcc << 3 << CONSOLE << Bytes("827340") << GENERIC << Bytes("B06900");
-    QTest::newRow("kvr cc: pan 1 left 2") << kvrcc << 3 << CONSOLE << Bytes("B26301B26200B26102")
-                                          << GENERIC << Bytes("B00A42");
-}
+        const QString kvrcc = QStringLiteral("kvr12_generic_cc.json");
+        QTest::newRow("kvr cc: fader 12") << kvrcc << 3 << CONSOLE << Bytes("B26300B2620BB20640B22600")
+                                          << GENERIC << Bytes("BB0740");
+        QTest::newRow("kvr cc: fader 12 down") << kvrcc << 3 << GENERIC << Bytes("BB0741")
+                                               << CONSOLE << Bytes("B26300B2620BB20641B22641");
+        QTest::newRow("kvr cc: play release") << kvrcc << 3 << CONSOLE << Bytes("827340") << GENERIC << Bytes("B06900");
+        QTest::newRow("kvr cc: pan 1 left 2") << kvrcc << 3 << CONSOLE << Bytes("B26301B26200B26102")
+                                              << GENERIC << Bytes("B00A42");
+    }
 
-void tShippedRules::Translates()
-{
-    QFETCH(QString, file);
-    QFETCH(int, channel);
-    QFETCH(QString, from);
-    QFETCH(QByteArray, input);
-    QFETCH(QString, to);
-    QFETCH(QByteArray, output);
+    void Translates()
+    {
+        QFETCH(QString, file);
+        QFETCH(int, channel);
+        QFETCH(QString, from);
+        QFETCH(QByteArray, input);
+        QFETCH(QString, to);
+        QFETCH(QByteArray, output);
 
-    cStdoutCapture capture;
-    cLoadedFile loaded(cFileLocations::GetConfigurationFileDirectory() + file);
-    // The main window applies the user's channel to the variable by its value.
-    loaded.configuration.SetVariableValue(QStringLiteral("n"), UBYTE(channel - 1));
+        cStdoutCapture capture;
+        QHash<QString, QByteArray> written = Send(cFileLocations::GetConfigurationFileDirectory() + file, channel, from, input);
+        QCOMPARE(written.value(to).toHex(' '), output.toHex(' '));
+        written.remove(to);
+        QCOMPARE(written.keys(), QStringList());
+        QCOMPARE(capture.ErrorLines(), QStringList());
+    }
 
-    QHash<QString, QByteArray> written = loaded.Send(from, input);
-    QCOMPARE(written.value(to).toHex(' '), output.toHex(' '));
-    written.remove(to);
-    QCOMPARE(written.keys(), QStringList());
-    QCOMPARE(capture.ErrorLines(), QStringList());
-}
+    // The examples of the rule file guide, each rule on a port of its own.
+    void DocumentedExamples_data()
+    {
+        QTest::addColumn<QString>("port");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QByteArray>("output");
 
-// The examples of the rule file guide, each rule on a port of its own.
-void tShippedRules::DocumentedExamples_data()
-{
-    QTest::addColumn<QString>("port");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QByteArray>("output");
+        QTest::newRow("second character is the upper half") << "Upper half" << Bytes("93407F") << Bytes("894000");
+        QTest::newRow("lone letter copies the byte") << "Whole" << Bytes("B01045") << Bytes("B01045");
+        QTest::newRow("lower half behind a digit") << "Low into 4" << Bytes("B01005") << Bytes("B01045");
+        QTest::newRow("lower half in front of a digit") << "Low into high" << Bytes("B01027") << Bytes("B01075");
+        QTest::newRow("upper half in front of a variable") << "High and n" << Bytes("B01027") << Bytes("B01023");
+        QTest::newRow("lone nibble variable") << "Lone" << Bytes("934064") << Bytes("B009");
+        QTest::newRow("zero shares the variable's path") << "Shared" << Bytes("B00755") << Bytes("A001A002");
+        QTest::newRow("file variable picks the channel") << "Channel" << Bytes("B3007F") << Bytes("E07F7F");
+        QTest::newRow("other channel ignored") << "Channel" << Bytes("B0007F") << QByteArray();
+    }
 
-    QTest::newRow("second character is the upper half") << "Upper half" << Bytes("93407F") << Bytes("894000");
-    QTest::newRow("lone letter copies the byte") << "Whole" << Bytes("B01045") << Bytes("B01045");
-    QTest::newRow("lower half behind a digit") << "Low into 4" << Bytes("B01005") << Bytes("B01045");
-    QTest::newRow("lower half in front of a digit") << "Low into high" << Bytes("B01027") << Bytes("B01075");
-    QTest::newRow("upper half in front of a variable") << "High and n" << Bytes("B01027") << Bytes("B01023");
-    QTest::newRow("lone nibble variable") << "Lone" << Bytes("934064") << Bytes("B009");
-    QTest::newRow("zero shares the variable's path") << "Shared" << Bytes("B00755") << Bytes("A001A002");
-    QTest::newRow("file variable picks the channel") << "Channel" << Bytes("B3007F") << Bytes("E07F7F");
-    QTest::newRow("other channel ignored") << "Channel" << Bytes("B0007F") << QByteArray();
-}
+    void DocumentedExamples()
+    {
+        QFETCH(QString, port);
+        QFETCH(QByteArray, input);
+        QFETCH(QByteArray, output);
 
-void tShippedRules::DocumentedExamples()
-{
-    QFETCH(QString, port);
-    QFETCH(QByteArray, input);
-    QFETCH(QByteArray, output);
-
-    cStdoutCapture capture;
-    cLoadedFile loaded(QStringLiteral(TESSERA_TEST_DATA_DIR "/maps/documented_examples.json"));
-    QHash<QString, QByteArray> written = loaded.Send(port, input);
-    QCOMPARE(written.value(QStringLiteral("Result")).toHex(' '), output.toHex(' '));
-    QCOMPARE(capture.ErrorLines(), QStringList());
-}
+        cStdoutCapture capture;
+        const QHash<QString, QByteArray> written =
+            Send(QStringLiteral(TESSERA_TEST_DATA_DIR "/maps/documented_examples.json"), 4, port, input);
+        QCOMPARE(written.value(QStringLiteral("Result")).toHex(' '), output.toHex(' '));
+        QCOMPARE(capture.ErrorLines(), QStringList());
+    }
+};
 
 QTEST_GUILESS_MAIN(tShippedRules)
 #include "test_shipped_rules.moc"

@@ -3,7 +3,7 @@
 
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
-#include "support/StdoutCapture.h"
+#include "support/TestHelpers.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,13 +21,6 @@ QByteArray ReadAll(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QJsonObject ReadObject(const QString& path)
-{
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(ReadAll(path), &error);
-    return error.error == QJsonParseError::NoError ? document.object() : QJsonObject();
 }
 
 // What a load makes of a file, in one comparable text.
@@ -55,123 +48,111 @@ class tWriteback : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        directory = std::make_unique<QTemporaryDir>();
+        QVERIFY(directory->isValid());
+        QVERIFY(QDir(directory->path()).mkdir(QStringLiteral("Maps")));
+        path = directory->filePath(QStringLiteral("Maps/rules.json"));
+        QVERIFY(QFile::copy(QStringLiteral(TESSERA_TEST_DATA_DIR "/config/writeback.json"), path));
+        configuration = std::make_unique<cMIDITranslatorConfiguration>(new cSystemMIDIConfigurationMemory);
+        configuration->LoadFromFile(path);
+    }
 
-    void VariableDefaultIsWrittenAndLoadsBack();
-    void FirstMatchingAliasIsWrittenAndLoadsBack();
-    void NoMatchWritesNothing();
-    void UnwritableFileIsReportedAndLeftAlone();
+    void cleanup()
+    {
+        configuration.reset();
+        directory.reset();
+    }
+
+    void VariableDefaultIsWrittenAndLoadsBack()
+    {
+        // The file's "k" carries its default as a string, so the load refused it;
+        // writing a number repairs it.
+        QStringList expected = Describe(*configuration);
+        QCOMPARE(expected.first(), QStringLiteral("variable n = 0"));
+        configuration->WriteVariableValueToFile(QStringLiteral("n"), 7);
+        configuration->WriteVariableValueToFile(QStringLiteral("k"), 7);
+
+        const QJsonObject top = ReadJsonObject(path);
+        QCOMPARE(top.value(QStringLiteral("comment")).toString(), QStringLiteral("kept on rewrite"));
+        const QJsonArray variables = top.value(QStringLiteral("variables")).toArray();
+        QCOMPARE(variables.at(0).toObject().value(QStringLiteral("default")), QJsonValue(7));
+        QCOMPARE(variables.at(1).toObject().value(QStringLiteral("default")), QJsonValue(7));
+        const QJsonObject rule = top.value(QStringLiteral("rules")).toArray().at(0).toObject();
+        QCOMPARE(rule.value(QStringLiteral("colour")).toString(), QStringLiteral("red"));
+
+        // Nothing changes in memory until the file is loaded again.
+        QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(0));
+        configuration->LoadFromFile(path);
+        expected.replace(0, QStringLiteral("variable n = 7"));
+        expected.insert(1, QStringLiteral("variable k = 7"));
+        QCOMPARE(Describe(*configuration), expected);
+    }
+
+    void FirstMatchingAliasIsWrittenAndLoadsBack()
+    {
+        QStringList expected = Describe(*configuration);
+        configuration->WritePortNameAliasToFile(QStringLiteral("Mixer Out"), QStringLiteral("output"),
+                                                QStringLiteral("Desk 2"));
+
+        const QJsonArray aliases = ReadJsonObject(path).value(QStringLiteral("port_aliases")).toArray();
+        QCOMPARE(aliases.size(), 3);
+        QCOMPARE(aliases.at(0).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk"));
+        QCOMPARE(aliases.at(1).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk 2"));
+        QCOMPARE(aliases.at(1).toObject().value(QStringLiteral("note")).toString(), QStringLiteral("first"));
+        QCOMPARE(aliases.at(2).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk"));
+
+        // The later of two entries for one alias wins on load, so the change is
+        // seen only once the second entry is written as well.
+        configuration->LoadFromFile(path);
+        QCOMPARE(Describe(*configuration), expected);
+        configuration->WritePortNameAliasToFile(QStringLiteral("Mixer In"), QStringLiteral("input"),
+                                                QStringLiteral("Desk 2"));
+        configuration->LoadFromFile(path);
+        expected.replace(expected.indexOf(QStringLiteral("in Desk")), QStringLiteral("in Desk 2"));
+        QCOMPARE(Describe(*configuration), expected);
+    }
+
+    void NoMatchWritesNothing()
+    {
+        const QByteArray original = ReadAll(path);
+        configuration->WriteVariableValueToFile(QStringLiteral("q"), 1);
+        configuration->WritePortNameAliasToFile(QStringLiteral("Mixer In"), QStringLiteral("Input"),
+                                                QStringLiteral("Desk 2"));
+        QCOMPARE(ReadAll(path), original);
+
+        // With nothing loaded there is no document to edit.
+        configuration->LoadFromFile(directory->filePath(QStringLiteral("missing.json")));
+        configuration->WriteVariableValueToFile(QStringLiteral("n"), 1);
+        QVERIFY(!QFile::exists(directory->filePath(QStringLiteral("missing.json"))));
+    }
+
+    void UnwritableFileIsReportedAndLeftAlone()
+    {
+        // Root may write anywhere, so the file is made unreachable instead: its
+        // folder moves away and a plain file takes the folder's name.
+        QVERIFY(QDir(directory->path()).rename(QStringLiteral("Maps"), QStringLiteral("Moved")));
+        QFile blocker(directory->filePath(QStringLiteral("Maps")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        const QString moved = directory->filePath(QStringLiteral("Moved/rules.json"));
+        const QByteArray original = ReadAll(moved);
+
+        const QStringList errors =
+            ErrorLinesOf([&] { configuration->WriteVariableValueToFile(QStringLiteral("n"), 7); });
+        QCOMPARE(errors.size(), 1);
+        QVERIFY2(errors.at(0).startsWith(QStringLiteral("ERROR: Could not open file: \"%1\" for writing\t").arg(path)),
+                 qPrintable(errors.at(0)));
+        QCOMPARE(ReadAll(moved), original);
+        QCOMPARE(QFileInfo(blocker).size(), 0);
+    }
 
 private:
     std::unique_ptr<QTemporaryDir> directory;
     QString path;
     std::unique_ptr<cMIDITranslatorConfiguration> configuration;
 };
-
-void tWriteback::init()
-{
-    directory = std::make_unique<QTemporaryDir>();
-    QVERIFY(directory->isValid());
-    QVERIFY(QDir(directory->path()).mkdir(QStringLiteral("Maps")));
-    path = directory->filePath(QStringLiteral("Maps/rules.json"));
-    QVERIFY(QFile::copy(QStringLiteral(TESSERA_TEST_DATA_DIR "/config/writeback.json"), path));
-    configuration = std::make_unique<cMIDITranslatorConfiguration>(new cSystemMIDIConfigurationMemory);
-    configuration->LoadFromFile(path);
-}
-
-void tWriteback::cleanup()
-{
-    configuration.reset();
-    directory.reset();
-}
-
-void tWriteback::VariableDefaultIsWrittenAndLoadsBack()
-{
-    // The file's "k" carries its default as a string, so the load refused it;
-    // writing a number repairs it.
-    QStringList expected = Describe(*configuration);
-    QCOMPARE(expected.first(), QStringLiteral("variable n = 0"));
-    configuration->WriteVariableValueToFile(QStringLiteral("n"), 7);
-    configuration->WriteVariableValueToFile(QStringLiteral("k"), 7);
-
-    const QJsonObject top = ReadObject(path);
-    QCOMPARE(top.value(QStringLiteral("comment")).toString(), QStringLiteral("kept on rewrite"));
-    const QJsonArray variables = top.value(QStringLiteral("variables")).toArray();
-    QCOMPARE(variables.at(0).toObject().value(QStringLiteral("default")), QJsonValue(7));
-    QCOMPARE(variables.at(1).toObject().value(QStringLiteral("default")), QJsonValue(7));
-    const QJsonObject rule = top.value(QStringLiteral("rules")).toArray().at(0).toObject();
-    QCOMPARE(rule.value(QStringLiteral("colour")).toString(), QStringLiteral("red"));
-
-    // Nothing changes in memory until the file is loaded again.
-    QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(0));
-    configuration->LoadFromFile(path);
-    expected.replace(0, QStringLiteral("variable n = 7"));
-    expected.insert(1, QStringLiteral("variable k = 7"));
-    QCOMPARE(Describe(*configuration), expected);
-}
-
-void tWriteback::FirstMatchingAliasIsWrittenAndLoadsBack()
-{
-    QStringList expected = Describe(*configuration);
-    configuration->WritePortNameAliasToFile(QStringLiteral("Mixer Out"), QStringLiteral("output"),
-                                            QStringLiteral("Desk 2"));
-
-    const QJsonArray aliases = ReadObject(path).value(QStringLiteral("port_aliases")).toArray();
-    QCOMPARE(aliases.size(), 3);
-    QCOMPARE(aliases.at(0).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk"));
-    QCOMPARE(aliases.at(1).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk 2"));
-    QCOMPARE(aliases.at(1).toObject().value(QStringLiteral("note")).toString(), QStringLiteral("first"));
-    QCOMPARE(aliases.at(2).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk"));
-
-    // The later of two entries for one alias wins on load, so the change is
-    // seen only once the second entry is written as well.
-    configuration->LoadFromFile(path);
-    QCOMPARE(Describe(*configuration), expected);
-    configuration->WritePortNameAliasToFile(QStringLiteral("Mixer In"), QStringLiteral("input"),
-                                            QStringLiteral("Desk 2"));
-    configuration->LoadFromFile(path);
-    expected.replace(expected.indexOf(QStringLiteral("in Desk")), QStringLiteral("in Desk 2"));
-    QCOMPARE(Describe(*configuration), expected);
-}
-
-void tWriteback::NoMatchWritesNothing()
-{
-    const QByteArray original = ReadAll(path);
-    configuration->WriteVariableValueToFile(QStringLiteral("q"), 1);
-    configuration->WritePortNameAliasToFile(QStringLiteral("Mixer In"), QStringLiteral("Input"),
-                                            QStringLiteral("Desk 2"));
-    QCOMPARE(ReadAll(path), original);
-
-    // With nothing loaded there is no document to edit.
-    configuration->LoadFromFile(directory->filePath(QStringLiteral("missing.json")));
-    configuration->WriteVariableValueToFile(QStringLiteral("n"), 1);
-    QVERIFY(!QFile::exists(directory->filePath(QStringLiteral("missing.json"))));
-}
-
-void tWriteback::UnwritableFileIsReportedAndLeftAlone()
-{
-    // Root may write anywhere, so the file is made unreachable instead: its
-    // folder moves away and a plain file takes the folder's name.
-    QVERIFY(QDir(directory->path()).rename(QStringLiteral("Maps"), QStringLiteral("Moved")));
-    QFile blocker(directory->filePath(QStringLiteral("Maps")));
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    const QString moved = directory->filePath(QStringLiteral("Moved/rules.json"));
-    const QByteArray original = ReadAll(moved);
-
-    QStringList errors;
-    {
-        cStdoutCapture capture;
-        configuration->WriteVariableValueToFile(QStringLiteral("n"), 7);
-        errors = capture.ErrorLines();
-    }
-    QCOMPARE(errors.size(), 1);
-    QVERIFY2(errors.at(0).startsWith(QStringLiteral("ERROR: Could not open file: \"%1\" for writing\t").arg(path)),
-             qPrintable(errors.at(0)));
-    QCOMPARE(ReadAll(moved), original);
-    QCOMPARE(QFileInfo(blocker).size(), 0);
-}
 
 QTEST_GUILESS_MAIN(tWriteback)
 #include "test_writeback.moc"

@@ -2,6 +2,7 @@
 #define MATCHRECORDER_H
 
 #include "Common/MIDI/MIDIMatch/MIDIMatchPattern.h"
+#include "TestHelpers.h"
 
 #include <QByteArray>
 #include <QString>
@@ -38,12 +39,6 @@ inline sMIDIMatchByteListIdentifier MatchPattern(int identifier, const QString& 
         }
     }
     return pattern;
-}
-
-// "B0 07 7F" -> the bytes.
-inline QByteArray MIDIBytes(const QString& hex)
-{
-    return QByteArray::fromHex(hex.toLatin1());
 }
 
 #endif
