@@ -4,7 +4,6 @@
 #include "support/MatchRecorder.h"
 
 #include <QSignalSpy>
-#include <QThread>
 #include <QtTest>
 
 class tInputMatcher : public QObject
@@ -76,32 +75,6 @@ private slots:
         fixture.configuration.RemoveSystemInputOutput(QStringLiteral("Mixer In"));
         fixture.matcher.MIDIReadReady();
         QCOMPARE(fixture.recorder.triggers.size(), 2);
-    }
-
-    void QueuedFromAnotherThread()
-    {
-        sFixture fixture;
-        cMIDIInputOutputMemory* input = fixture.configuration.AddSystemInputOutput(QStringLiteral("Mixer In"));
-        QSignalSpy reads(&fixture.matcher, &cMIDIInputMatcher::MIDIInputReadSignal);
-
-        // Like a platform delivery thread: many small chunks, messages cut anywhere.
-        const QByteArray stream = MIDIBytes("90 40 7F 41 00 B0 07 10").repeated(50);
-        QThread* sender = QThread::create([input, stream]() {
-            for (int index = 0; index < stream.size(); index += 3)
-            {
-                input->ReceiveMIDIData(stream.mid(index, 3));
-            }
-        });
-        sender->start();
-        QVERIFY(sender->wait(10000));
-        delete sender;
-
-        QTRY_COMPARE(fixture.recorder.triggers.size(), 150);
-        for (int index = 0; index < 150; index += 3)
-        {
-            QCOMPARE(fixture.recorder.triggers.mid(index, 3), (QStringList{"1:90407F", "1:904100", "2:B00710"}));
-        }
-        QVERIFY(reads.count() > 0);
     }
 };
 

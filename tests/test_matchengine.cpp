@@ -2,7 +2,6 @@
 #include "Common/MIDI/MIDIMatch/MIDIMatchBranchNodeEndpoint.h"
 #include "Common/MIDI/MIDIMatch/MIDIMatchManager.h"
 #include "support/MatchRecorder.h"
-#include "support/StdoutCapture.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -98,17 +97,12 @@ private slots:
         cMatchRecorder recorder;
         cMIDIMatchManager manager(&recorder);
         manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(5, "B0 07 **"));
-        {
-            cStdoutCapture capture;
-            manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(5, "90 ** **"));
-            const QStringList lines = capture.Lines();
-            QCOMPARE(lines.size(), 1);
-            QVERIFY2(QRegularExpression(QStringLiteral(
-                         "^ERROR: Identifier 5 is alread in use\\t\\(Common/MIDI/MIDIMatch/MIDIMatchManager\\.cpp:\\d+\\)$"))
-                         .match(lines.first())
-                         .hasMatch(),
-                     qPrintable(lines.first()));
-        }
+        const QStringList lines =
+            ErrorLinesOf([&] { manager.AddMIDIMatchNibbleListIdentifierToTree(MatchPattern(5, "90 ** **")); });
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines.first().contains(QRegularExpression(QStringLiteral(
+                     "^ERROR: Identifier 5 is alread in use\\t\\(Common/MIDI/MIDIMatch/MIDIMatchManager\\.cpp:\\d+\\)$"))),
+                 qPrintable(lines.first()));
         Feed(manager, "B0 07 01 90 40 7F");
         QCOMPARE(recorder.triggers, (QStringList{"5:B00701", "5:90407F"}));
 
@@ -166,42 +160,6 @@ private slots:
         QCOMPARE(manager.GetProcessStates().Size(), size_t(3));
         Feed(manager, "04 05 06");
         QCOMPARE(engine.recorder.triggers, (QStringList{"1:010203", "2:01020304"}));
-    }
-
-    void TreeShape()
-    {
-        // Wildcard children stand first, the latest added in front.
-        cMIDIMatchBranchNode root(sMIDIMatchNibble{}, 0);
-        auto* literal5 = new cMIDIMatchBranchNode(sMIDIMatchNibble{5, 0}, 1);
-        auto* wildcardA = new cMIDIMatchBranchNode(sMIDIMatchNibble{0, 1}, 1);
-        auto* literal7 = new cMIDIMatchBranchNode(sMIDIMatchNibble{7, 0}, 1);
-        auto* wildcardB = new cMIDIMatchBranchNode(sMIDIMatchNibble{0, 1}, 1);
-        for (cMIDIMatchBranchNode* child : {literal5, wildcardA, literal7, wildcardB})
-        {
-            root.AddChildBranchNode(child);
-        }
-        QVERIFY((root.GetChildBranchNodes() ==
-                 std::vector<cMIDIMatchBranchNode*>{wildcardB, wildcardA, literal5, literal7}));
-
-        // Every accepting wildcard branch is taken, then at most one literal,
-        // leaves contribute only their endpoints.
-        wildcardB->AddChildBranchNode(new cMIDIMatchBranchNode(sMIDIMatchNibble{1, 0}, 2));
-        literal5->AddChildBranchNode(new cMIDIMatchBranchNode(sMIDIMatchNibble{1, 0}, 2));
-        auto* wildcardEnd = new cMIDIMatchBranchNodeEndpoint(nullptr, 1, {});
-        auto* literalEnd = new cMIDIMatchBranchNodeEndpoint(nullptr, 2, {});
-        wildcardA->AddBranchNodeEndpoint(wildcardEnd);
-        literal5->AddBranchNodeEndpoint(literalEnd);
-        std::vector<cMIDIMatchBranchNode*> next;
-        std::vector<cMIDIMatchBranchNodeEndpoint*> reached;
-        root.GetNextBranchNodes(5, next, reached);
-        QVERIFY((next == std::vector<cMIDIMatchBranchNode*>{wildcardB, literal5}));
-        QVERIFY((reached == std::vector<cMIDIMatchBranchNodeEndpoint*>{wildcardEnd, literalEnd}));
-        QVERIFY(root.HasChildBranchNodeEndpoint(literalEnd));
-        QVERIFY(!literal5->HasChildBranchNodeEndpoint(literalEnd));
-
-        const sMIDIMatchByteListIdentifier cc7 = MatchPattern(1, "B0 07 **");
-        QCOMPARE(cMIDIMatchBranchNodeEndpoint(nullptr, 1, cc7.nibbles).GetStringToMatch(), std::string("B007**"));
-        QCOMPARE(cMIDIMatchBranchNodeEndpoint(nullptr, 1, {}).GetStringToMatch(), std::string());
     }
 
     void StatesStayBoundedOnAnyStream()

@@ -1,6 +1,6 @@
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
-#include "tests/support/StdoutCapture.h"
+#include "support/TestHelpers.h"
 
 #include <QJsonDocument>
 #include <QtTest>
@@ -46,7 +46,7 @@ QString PatternText(const sMIDIMatchByteListIdentifier& pattern)
 
 QString RuleError(const QString& message)
 {
-    return QStringLiteral("ERROR: ") + message + QStringLiteral("\t(MIDITranslator/MIDITranslatorRule.cpp:");
+    return ErrorFrom("MIDITranslator/MIDITranslatorRule.cpp", message);
 }
 }
 
@@ -54,206 +54,189 @@ class tRules : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void ValidatesTheLanguage_data();
-    void ValidatesTheLanguage();
-    void CompilesAndTranslates_data();
-    void CompilesAndTranslates();
-    void ReportsVariablesMissingFromIncomingMIDI();
-    void ReadsGlobalsAtOutputTime();
-    void InputShorterThanPatternGivesNoBytes();
-    void RejectsMalformedRules_data();
-    void RejectsMalformedRules();
-    void KeepsStringPortNames();
+    void initTestCase()
+    {
+        cStdoutCapture capture;
+        configuration = LoadCompileFile();
+        loadErrors = capture.ErrorLines();
+    }
+
+    void ValidatesTheLanguage_data()
+    {
+        QTest::addColumn<QString>("midi");
+        QTest::addColumn<bool>("incomingValid");
+        QTest::addColumn<QStringList>("locals");
+        QTest::addColumn<bool>("outgoingValid");
+        QTest::newRow("global and local") << QStringLiteral("B*n 07 v") << true << QStringList{"v"} << true;
+        QTest::newRow("unknown local out") << QStringLiteral("9x 40 v") << true << QStringList{"x", "v"} << false;
+        QTest::newRow("captured twice") << QStringLiteral("E*n v v") << false << QStringList{"v"} << true;
+        QTest::newRow("captured twice, other case") << QStringLiteral("9x 0X") << false << QStringList{"x"} << false;
+        QTest::newRow("whole global") << QStringLiteral("F0 *k") << true << QStringList{} << true;
+        QTest::newRow("no such global") << QStringLiteral("B*q 07") << false << QStringList{} << false;
+        QTest::newRow("hex digit behind mark") << QStringLiteral("B*c 07") << false << QStringList{} << false;
+        QTest::newRow("three units") << QStringLiteral("B0 123") << false << QStringList{} << false;
+        QTest::newRow("extra spaces") << QStringLiteral(" B0  07   v ") << true << QStringList{"v"} << true;
+        QTest::newRow("empty") << QStringLiteral("") << true << QStringList{} << true;
+        QTest::newRow("global and local share a letter") << QStringLiteral("*k k") << true << QStringList{"k"} << false;
+        QTest::newRow("globals are case-sensitive") << QStringLiteral("*K") << false << QStringList{} << false;
+        QTest::newRow("local in upper case") << QStringLiteral("V") << true << QStringList{"V"} << true;
+        QTest::newRow("two globals") << QStringLiteral("*k*n") << true << QStringList{} << true;
+        QTest::newRow("double mark") << QStringLiteral("**k") << false << QStringList{} << false;
+        QTest::newRow("tab is no separator") << QStringLiteral("B0\t07") << false << QStringList{} << false;
+    }
+
+    void ValidatesTheLanguage()
+    {
+        QFETCH(QString, midi);
+        QFETCH(bool, incomingValid);
+        QFETCH(QStringList, locals);
+        QFETCH(bool, outgoingValid);
+        const QList<cMIDITranslatorVariable>& variables = configuration->GetMIDITranslatorVariables();
+        const QStringList tokens = midi.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+
+        QStringList collected;
+        QCOMPARE(cMIDITranslatorRule::ValidateIncomingMidiByteStringList(tokens, variables, collected), incomingValid);
+        QCOMPARE(collected, locals);
+        // The outgoing column is checked against the locals of "B*n 07 v".
+        QCOMPARE(cMIDITranslatorRule::ValidateOutgoingMidiByteStringList(tokens, variables, {"v"}), outgoingValid);
+    }
+
+    void CompilesAndTranslates_data()
+    {
+        QTest::addColumn<QString>("rule");
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<tBytes>("input");
+        QTest::addColumn<tBytes>("output");
+        QTest::newRow("worked example") << QStringLiteral("worked example") << QStringLiteral("B 3 0 7 * *") << tBytes{0xB3, 0x07, 0x64}
+                                        << tBytes{0xE3, 0x04, 0x64};
+        QTest::newRow("9x to 8x") << QStringLiteral("nibble variable reads the high nibble") << QStringLiteral("9 *") << tBytes{0x95} << tBytes{0x89};
+        QTest::newRow("*kx to 8x") << QStringLiteral("nibble variable behind a global") << QStringLiteral("2 *") << tBytes{0x27} << tBytes{0x87};
+        QTest::newRow("9v to V0") << QStringLiteral("upper case repeats a local") << QStringLiteral("9 *") << tBytes{0x95} << tBytes{0x90};
+        QTest::newRow("v to 9v") << QStringLiteral("whole byte as low nibble") << QStringLiteral("* *") << tBytes{0x64} << tBytes{0x94};
+        QTest::newRow("v to v*n") << QStringLiteral("whole byte before a global") << QStringLiteral("* *") << tBytes{0x64} << tBytes{0x63};
+        QTest::newRow("u to u5") << QStringLiteral("whole byte as high nibble") << QStringLiteral("* *") << tBytes{0x64} << tBytes{0x45};
+        QTest::newRow("lone F found") << QStringLiteral("lone digit found in a lone token") << QStringLiteral("C 5 F *") << tBytes{0xC5, 0xF7}
+                                      << tBytes{0xFC};
+        QTest::newRow("lone F not found") << QStringLiteral("lone digit not found") << QStringLiteral("9 0 4 0") << tBytes{0x90, 0x40} << tBytes{0x00};
+        QTest::newRow("lone F on F") << QStringLiteral("lone digit against itself") << QStringLiteral("F *") << tBytes{0xF8} << tBytes{0xFF};
+        QTest::newRow("*k") << QStringLiteral("whole global") << QStringLiteral("F 0 2 5") << tBytes{0xF0, 0x25} << tBytes{0x25};
+        QTest::newRow("*k*k") << QStringLiteral("global twice") << QStringLiteral("F 0") << tBytes{0xF0} << tBytes{0x55};
+        QTest::newRow("*k*n") << QStringLiteral("two globals") << QStringLiteral("2 3") << tBytes{0x23} << tBytes{0x53};
+        QTest::newRow("*k k to k") << QStringLiteral("global and local share a letter") << QStringLiteral("2 5 * *") << tBytes{0x25, 0x31}
+                                   << tBytes{0x31};
+        QTest::newRow("*kk to k") << QStringLiteral("letter first seen behind a global") << QStringLiteral("2 *") << tBytes{0x2A} << tBytes{0x02};
+        QTest::newRow("input shorter than the pattern") << QStringLiteral("worked example") << QStringLiteral("B 3 0 7 * *")
+                                                        << tBytes{0xB3} << tBytes{};
+        QTest::newRow("empty to F") << QStringLiteral("lone digit without incoming bytes") << QStringLiteral("") << tBytes{} << tBytes{0x00};
+    }
+
+    void CompilesAndTranslates()
+    {
+        QFETCH(QString, rule);
+        QFETCH(QString, pattern);
+        QFETCH(tBytes, input);
+        QFETCH(tBytes, output);
+        const cMIDITranslatorRule loaded = RuleNamed(*configuration, rule);
+        QCOMPARE(PatternText(loaded.GetMIDIMatchNibbleListIdentifier()), pattern);
+
+        tBytes produced{0x11};
+        loaded.GetMIDIOutputFromMIDIInput(produced, input);
+        output.insert(output.begin(), 0x11);
+        QCOMPARE(produced, output);
+        QVERIFY(!loaded.GetIncomingReliesOnGlobalVariable(QStringLiteral("n")));
+    }
+
+    void ReportsVariablesMissingFromIncomingMIDI()
+    {
+        QCOMPARE(configuration->GetMIDITranslatorRules().size(), 16);
+        const QStringList& errors = loadErrors;
+        const QStringList expected{R"(Could not find variable "F" in incoming MIDI)",
+                                   R"(Could not find variable "k" in incoming MIDI)",
+                                   R"(Could not find variable "k" in incoming MIDI)",
+                                   R"(Could not find variable "F" in incoming MIDI)"};
+        QCOMPARE(errors.size(), expected.size());
+        for (int line = 0; line < expected.size(); ++line)
+        {
+            QVERIFY2(errors.at(line).startsWith(RuleError(expected.at(line))), qPrintable(errors.at(line)));
+        }
+    }
+
+    // The pattern holds the value from compile time; the output reads it anew.
+    void ReadsGlobalsAtOutputTime()
+    {
+        cStdoutCapture quiet;
+        auto changed = LoadCompileFile();
+        const cMIDITranslatorRule compiledAtThree = RuleNamed(*changed, QStringLiteral("worked example"));
+        changed->SetVariableValue(QStringLiteral("n"), 0);
+        tBytes produced;
+        compiledAtThree.GetMIDIOutputFromMIDIInput(produced, {0xB3, 0x07, 0x64});
+        QCOMPARE(produced, (tBytes{0xE0, 0x04, 0x64}));
+        QCOMPARE(PatternText(compiledAtThree.GetMIDIMatchNibbleListIdentifier()), QStringLiteral("B 3 0 7 * *"));
+    }
+
+    void RejectsMalformedRules_data()
+    {
+        QTest::addColumn<QString>("json");
+        QTest::addColumn<QString>("message");
+        const QString incoming = QStringLiteral(R"("incoming": {"midi": "B*n 07 v", "ports": ["Mixer In"]})");
+        const QString outgoing = QStringLiteral(R"("outgoing": {"midi": "E*n 0v v", "ports": ["Port 1"]})");
+        QTest::newRow("no name") << "{" + incoming + "," + outgoing + "}" << QStringLiteral(R"(No "name" string for rule)");
+        QTest::newRow("incoming string") << R"({"name": "R", "incoming": "B0 07", )" + outgoing + "}"
+                                         << QStringLiteral(R"(No "incoming" object for rule "R")");
+        QTest::newRow("no incoming midi") << R"({"name": "R", "incoming": {"ports": []}, )" + outgoing + "}"
+                                          << QStringLiteral(R"(No incoming "midi" string for rule "R")");
+        QTest::newRow("bad incoming midi") << R"({"name": "R", "incoming": {"midi": "B*q", "ports": []}, )" + outgoing +
+                                                  "}"
+                                           << QStringLiteral(R"(Invalid incoming midi string for rule "R")");
+        QTest::newRow("no incoming ports") << R"({"name": "R", "incoming": {"midi": "B*n 07 v"}, )" + outgoing + "}"
+                                           << QStringLiteral(R"(No incoming "ports" array for rule "R")");
+        QTest::newRow("no outgoing") << R"({"name": "R", )" + incoming + "}"
+                                     << QStringLiteral(R"(No "outgoing" object for rule "R")");
+        QTest::newRow("numeric outgoing midi") << R"({"name": "R", )" + incoming +
+                                                      R"(, "outgoing": {"midi": 7, "ports": []}})"
+                                               << QStringLiteral(R"(No outgoing "midi" string for rule "R")");
+        QTest::newRow("unknown local out") << R"({"name": "R", )" + incoming +
+                                                  R"(, "outgoing": {"midi": "9x", "ports": []}})"
+                                           << QStringLiteral(R"(Invalid outgoing midi string for rule "R")");
+        QTest::newRow("outgoing ports text") << R"({"name": "R", )" + incoming +
+                                                    R"(, "outgoing": {"midi": "v", "ports": "Port 1"}})"
+                                             << QStringLiteral(R"(No outgoing "ports" array for rule "R")");
+    }
+
+    void RejectsMalformedRules()
+    {
+        QFETCH(QString, json);
+        QFETCH(QString, message);
+        cStdoutCapture capture;
+        bool ok = true;
+        const cMIDITranslatorRule rule = cMIDITranslatorRule::FromJsonObject(
+            QJsonDocument::fromJson(json.toUtf8()).object(), configuration.get(), ok);
+        QVERIFY(!ok);
+        QVERIFY(rule.GetName().isNull());
+        QVERIFY(rule.GetMIDIMatchNibbleListIdentifier().nibbles.empty());
+        const QStringList errors = capture.ErrorLines();
+        QCOMPARE(errors.size(), 1);
+        QVERIFY2(errors.first().startsWith(RuleError(message)), qPrintable(errors.first()));
+    }
+
+    void KeepsStringPortNames()
+    {
+        bool ok = false;
+        const cMIDITranslatorRule rule = cMIDITranslatorRule::FromJsonObject(
+            QJsonDocument::fromJson(R"({"name": "Fader 1 level",
+                "incoming": {"midi": "B*n 07 v", "ports": ["Mixer In", 5, "Port 2"]},
+                "outgoing": {"midi": "E*n 0v v", "ports": []}})").object(), configuration.get(), ok);
+        QVERIFY(ok);
+        QCOMPARE(rule.GetIncomingPortsList(), (QList<QString>{"Mixer In", "Port 2"}));
+        QCOMPARE(rule.GetOutgoingPortsList(), QList<QString>{});
+        QCOMPARE(rule.GetIncomingMIDIString(), QStringLiteral("B*n 07 v"));
+        QCOMPARE(rule.GetOutgoingMIDIString(), QStringLiteral("E*n 0v v"));
+    }
 
 private:
     std::unique_ptr<cMIDITranslatorConfiguration> configuration;
     QStringList loadErrors;
 };
-
-void tRules::initTestCase()
-{
-    cStdoutCapture capture;
-    configuration = LoadCompileFile();
-    loadErrors = capture.ErrorLines();
-}
-
-void tRules::ValidatesTheLanguage_data()
-{
-    QTest::addColumn<QString>("midi");
-    QTest::addColumn<bool>("incomingValid");
-    QTest::addColumn<QStringList>("locals");
-    QTest::addColumn<bool>("outgoingValid");
-    QTest::newRow("global and local") << QStringLiteral("B*n 07 v") << true << QStringList{"v"} << true;
-    QTest::newRow("unknown local out") << QStringLiteral("9x 40 v") << true << QStringList{"x", "v"} << false;
-    QTest::newRow("captured twice") << QStringLiteral("E*n v v") << false << QStringList{"v"} << true;
-    QTest::newRow("captured twice, other case") << QStringLiteral("9x 0X") << false << QStringList{"x"} << false;
-    QTest::newRow("whole global") << QStringLiteral("F0 *k") << true << QStringList{} << true;
-    QTest::newRow("no such global") << QStringLiteral("B*q 07") << false << QStringList{} << false;
-    QTest::newRow("hex digit behind mark") << QStringLiteral("B*c 07") << false << QStringList{} << false;
-    QTest::newRow("three units") << QStringLiteral("B0 123") << false << QStringList{} << false;
-    QTest::newRow("extra spaces") << QStringLiteral(" B0  07   v ") << true << QStringList{"v"} << true;
-    QTest::newRow("empty") << QStringLiteral("") << true << QStringList{} << true;
-    QTest::newRow("global and local share a letter") << QStringLiteral("*k k") << true << QStringList{"k"} << false;
-    QTest::newRow("globals are case-sensitive") << QStringLiteral("*K") << false << QStringList{} << false;
-    QTest::newRow("local in upper case") << QStringLiteral("V") << true << QStringList{"V"} << true;
-    QTest::newRow("two globals") << QStringLiteral("*k*n") << true << QStringList{} << true;
-    QTest::newRow("double mark") << QStringLiteral("**k") << false << QStringList{} << false;
-    QTest::newRow("tab is no separator") << QStringLiteral("B0\t07") << false << QStringList{} << false;
-}
-
-void tRules::ValidatesTheLanguage()
-{
-    QFETCH(QString, midi);
-    QFETCH(bool, incomingValid);
-    QFETCH(QStringList, locals);
-    QFETCH(bool, outgoingValid);
-    const QList<cMIDITranslatorVariable>& variables = configuration->GetMIDITranslatorVariables();
-    const QStringList tokens = midi.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-
-    QStringList collected;
-    QCOMPARE(cMIDITranslatorRule::ValidateIncomingMidiByteStringList(tokens, variables, collected), incomingValid);
-    QCOMPARE(collected, locals);
-    // The outgoing column is checked against the locals of "B*n 07 v".
-    QCOMPARE(cMIDITranslatorRule::ValidateOutgoingMidiByteStringList(tokens, variables, {"v"}), outgoingValid);
-}
-
-void tRules::CompilesAndTranslates_data()
-{
-    QTest::addColumn<QString>("rule");
-    QTest::addColumn<QString>("pattern");
-    QTest::addColumn<tBytes>("input");
-    QTest::addColumn<tBytes>("output");
-    QTest::newRow("worked example") << QStringLiteral("worked example") << QStringLiteral("B 3 0 7 * *") << tBytes{0xB3, 0x07, 0x64}
-                                    << tBytes{0xE3, 0x04, 0x64};
-    QTest::newRow("9x to 8x") << QStringLiteral("nibble variable reads the high nibble") << QStringLiteral("9 *") << tBytes{0x95} << tBytes{0x89};
-    QTest::newRow("*kx to 8x") << QStringLiteral("nibble variable behind a global") << QStringLiteral("2 *") << tBytes{0x27} << tBytes{0x87};
-    QTest::newRow("9v to V0") << QStringLiteral("upper case repeats a local") << QStringLiteral("9 *") << tBytes{0x95} << tBytes{0x90};
-    QTest::newRow("v to 9v") << QStringLiteral("whole byte as low nibble") << QStringLiteral("* *") << tBytes{0x64} << tBytes{0x94};
-    QTest::newRow("v to v*n") << QStringLiteral("whole byte before a global") << QStringLiteral("* *") << tBytes{0x64} << tBytes{0x63};
-    QTest::newRow("u to u5") << QStringLiteral("whole byte as high nibble") << QStringLiteral("* *") << tBytes{0x64} << tBytes{0x45};
-    QTest::newRow("lone F found") << QStringLiteral("lone digit found in a lone token") << QStringLiteral("C 5 F *") << tBytes{0xC5, 0xF7}
-                                  << tBytes{0xFC};
-    QTest::newRow("lone F not found") << QStringLiteral("lone digit not found") << QStringLiteral("9 0 4 0") << tBytes{0x90, 0x40} << tBytes{0x00};
-    QTest::newRow("lone F on F") << QStringLiteral("lone digit against itself") << QStringLiteral("F *") << tBytes{0xF8} << tBytes{0xFF};
-    QTest::newRow("*k") << QStringLiteral("whole global") << QStringLiteral("F 0 2 5") << tBytes{0xF0, 0x25} << tBytes{0x25};
-    QTest::newRow("*k*k") << QStringLiteral("global twice") << QStringLiteral("F 0") << tBytes{0xF0} << tBytes{0x55};
-    QTest::newRow("*k*n") << QStringLiteral("two globals") << QStringLiteral("2 3") << tBytes{0x23} << tBytes{0x53};
-    QTest::newRow("*k k to k") << QStringLiteral("global and local share a letter") << QStringLiteral("2 5 * *") << tBytes{0x25, 0x31}
-                               << tBytes{0x31};
-    QTest::newRow("*kk to k") << QStringLiteral("letter first seen behind a global") << QStringLiteral("2 *") << tBytes{0x2A} << tBytes{0x02};
-    QTest::newRow("empty to F") << QStringLiteral("lone digit without incoming bytes") << QStringLiteral("") << tBytes{} << tBytes{0x00};
-}
-
-void tRules::CompilesAndTranslates()
-{
-    QFETCH(QString, rule);
-    QFETCH(QString, pattern);
-    QFETCH(tBytes, input);
-    QFETCH(tBytes, output);
-    const cMIDITranslatorRule loaded = RuleNamed(*configuration, rule);
-    QCOMPARE(PatternText(loaded.GetMIDIMatchNibbleListIdentifier()), pattern);
-
-    tBytes produced{0x11};
-    loaded.GetMIDIOutputFromMIDIInput(produced, input);
-    output.insert(output.begin(), 0x11);
-    QCOMPARE(produced, output);
-    QVERIFY(!loaded.GetIncomingReliesOnGlobalVariable(QStringLiteral("n")));
-}
-
-void tRules::ReportsVariablesMissingFromIncomingMIDI()
-{
-    QCOMPARE(configuration->GetMIDITranslatorRules().size(), 16);
-    const QStringList& errors = loadErrors;
-    const QStringList expected{R"(Could not find variable "F" in incoming MIDI)",
-                               R"(Could not find variable "k" in incoming MIDI)",
-                               R"(Could not find variable "k" in incoming MIDI)",
-                               R"(Could not find variable "F" in incoming MIDI)"};
-    QCOMPARE(errors.size(), expected.size());
-    for (int line = 0; line < expected.size(); ++line)
-    {
-        QVERIFY2(errors.at(line).startsWith(RuleError(expected.at(line))), qPrintable(errors.at(line)));
-    }
-}
-
-// The pattern holds the value from compile time; the output reads it anew.
-void tRules::ReadsGlobalsAtOutputTime()
-{
-    cStdoutCapture quiet;
-    auto changed = LoadCompileFile();
-    const cMIDITranslatorRule compiledAtThree = RuleNamed(*changed, QStringLiteral("worked example"));
-    changed->SetVariableValue(QStringLiteral("n"), 0);
-    tBytes produced;
-    compiledAtThree.GetMIDIOutputFromMIDIInput(produced, {0xB3, 0x07, 0x64});
-    QCOMPARE(produced, (tBytes{0xE0, 0x04, 0x64}));
-    QCOMPARE(PatternText(compiledAtThree.GetMIDIMatchNibbleListIdentifier()), QStringLiteral("B 3 0 7 * *"));
-}
-
-void tRules::InputShorterThanPatternGivesNoBytes()
-{
-    tBytes produced;
-    RuleNamed(*configuration, QStringLiteral("worked example")).GetMIDIOutputFromMIDIInput(produced, {0xB3});
-    QCOMPARE(produced, tBytes{});
-}
-
-void tRules::RejectsMalformedRules_data()
-{
-    QTest::addColumn<QString>("json");
-    QTest::addColumn<QString>("message");
-    const QString incoming = QStringLiteral(R"("incoming": {"midi": "B*n 07 v", "ports": ["Mixer In"]})");
-    const QString outgoing = QStringLiteral(R"("outgoing": {"midi": "E*n 0v v", "ports": ["Port 1"]})");
-    QTest::newRow("no name") << "{" + incoming + "," + outgoing + "}" << QStringLiteral(R"(No "name" string for rule)");
-    QTest::newRow("incoming string") << R"({"name": "R", "incoming": "B0 07", )" + outgoing + "}"
-                                     << QStringLiteral(R"(No "incoming" object for rule "R")");
-    QTest::newRow("no incoming midi") << R"({"name": "R", "incoming": {"ports": []}, )" + outgoing + "}"
-                                      << QStringLiteral(R"(No incoming "midi" string for rule "R")");
-    QTest::newRow("bad incoming midi") << R"({"name": "R", "incoming": {"midi": "B*q", "ports": []}, )" + outgoing +
-                                              "}"
-                                       << QStringLiteral(R"(Invalid incoming midi string for rule "R")");
-    QTest::newRow("no incoming ports") << R"({"name": "R", "incoming": {"midi": "B*n 07 v"}, )" + outgoing + "}"
-                                       << QStringLiteral(R"(No incoming "ports" array for rule "R")");
-    QTest::newRow("no outgoing") << R"({"name": "R", )" + incoming + "}"
-                                 << QStringLiteral(R"(No "outgoing" object for rule "R")");
-    QTest::newRow("numeric outgoing midi") << R"({"name": "R", )" + incoming +
-                                                  R"(, "outgoing": {"midi": 7, "ports": []}})"
-                                           << QStringLiteral(R"(No outgoing "midi" string for rule "R")");
-    QTest::newRow("unknown local out") << R"({"name": "R", )" + incoming +
-                                              R"(, "outgoing": {"midi": "9x", "ports": []}})"
-                                       << QStringLiteral(R"(Invalid outgoing midi string for rule "R")");
-    QTest::newRow("outgoing ports text") << R"({"name": "R", )" + incoming +
-                                                R"(, "outgoing": {"midi": "v", "ports": "Port 1"}})"
-                                         << QStringLiteral(R"(No outgoing "ports" array for rule "R")");
-}
-
-void tRules::RejectsMalformedRules()
-{
-    QFETCH(QString, json);
-    QFETCH(QString, message);
-    cStdoutCapture capture;
-    bool ok = true;
-    const cMIDITranslatorRule rule = cMIDITranslatorRule::FromJsonObject(
-        QJsonDocument::fromJson(json.toUtf8()).object(), configuration.get(), ok);
-    QVERIFY(!ok);
-    QVERIFY(rule.GetName().isNull());
-    QVERIFY(rule.GetMIDIMatchNibbleListIdentifier().nibbles.empty());
-    const QStringList errors = capture.ErrorLines();
-    QCOMPARE(errors.size(), 1);
-    QVERIFY2(errors.first().startsWith(RuleError(message)), qPrintable(errors.first()));
-}
-
-void tRules::KeepsStringPortNames()
-{
-    bool ok = false;
-    const cMIDITranslatorRule rule = cMIDITranslatorRule::FromJsonObject(
-        QJsonDocument::fromJson(R"({"name": "Fader 1 level",
-            "incoming": {"midi": "B*n 07 v", "ports": ["Mixer In", 5, "Port 2"]},
-            "outgoing": {"midi": "E*n 0v v", "ports": []}})").object(), configuration.get(), ok);
-    QVERIFY(ok);
-    QCOMPARE(rule.GetIncomingPortsList(), (QList<QString>{"Mixer In", "Port 2"}));
-    QCOMPARE(rule.GetOutgoingPortsList(), QList<QString>{});
-    QCOMPARE(rule.GetIncomingMIDIString(), QStringLiteral("B*n 07 v"));
-    QCOMPARE(rule.GetOutgoingMIDIString(), QStringLiteral("E*n 0v v"));
-}
 
 QTEST_GUILESS_MAIN(tRules)
 #include "test_rules.moc"

@@ -36,97 +36,88 @@ class tTesseraRules : public QObject
 {
     Q_OBJECT
 private slots:
-    void CheckPassesACleanFile();
-    void CheckNamesARejectedRule();
-    void CheckLocatesSyntaxErrors();
-    void RefusesBadUsage_data();
-    void RefusesBadUsage();
-    void ReplaysTheFaderRule();
-    void ReplayKeepsRunningStatusAcrossLines();
-    void SetChangesTheMatchedChannel();
+    void CheckPassesACleanFile()
+    {
+        const sRun run = RunTool({QStringLiteral("check"), DataFile("clean.json")});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(!run.out.contains(QLatin1String("ERROR:")));
+        QVERIFY2(run.out.contains(DataFile("clean.json") + QStringLiteral(": 1 virtual ports, 2 aliases, 1 variables, "
+                                                                          "1 rules accepted; 0 rules and 0 variables "
+                                                                          "rejected\n")),
+                 qPrintable(run.out));
+    }
+
+    void CheckNamesARejectedRule()
+    {
+        const sRun run = RunTool({QStringLiteral("check"), DataFile("clean.json"), DataFile("one_bad_rule.json")});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(run.out.contains(QLatin1String("ERROR: Invalid incoming midi string for rule \"Broken fader\"")));
+        QVERIFY(run.out.contains(DataFile("one_bad_rule.json") + QStringLiteral(": rejected rule 2 \"Broken fader\"\n")));
+        QVERIFY2(run.out.contains(QLatin1String("1 rules accepted; 1 rules and 0 variables rejected")), qPrintable(run.out));
+    }
+
+    // Line 3 reads `    "rules": [ {"name" "Fader"} ]`: the parser stops just
+    // past the quote that opens "Fader", where the colon should have been.
+    void CheckLocatesSyntaxErrors()
+    {
+        const sRun run = RunTool({QStringLiteral("check"), DataFile("syntax_error.json")});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.out.contains(DataFile("syntax_error.json") + QStringLiteral(":3:25: JSON syntax error: ")),
+                 qPrintable(run.out));
+    }
+
+    void RefusesBadUsage_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("no command") << QStringList{};
+        QTest::newRow("unknown command") << QStringList{"verify", DataFile("clean.json")};
+        QTest::newRow("check without files") << QStringList{"check"};
+        QTest::newRow("replay without port") << QStringList{"replay", DataFile("clean.json")};
+        QTest::newRow("value beyond a byte") << QStringList{"replay", DataFile("clean.json"), "--in", "Mixer In",
+                                                            "--set", "n=256"};
+        QTest::newRow("set without name") << QStringList{"replay", DataFile("clean.json"), "--in", "Mixer In",
+                                                         "--set", "=3"};
+    }
+
+    void RefusesBadUsage()
+    {
+        QFETCH(QStringList, arguments);
+        const sRun run = RunTool(arguments);
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.err.contains(QLatin1String("Usage: tessera-rules")));
+    }
+
+    // The input is named as the rule names it: "Mixer In" reaches the file's
+    // "Console" port through the alias.
+    void ReplaysTheFaderRule()
+    {
+        const sRun run = RunTool({QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
+                                  QStringLiteral("Mixer In"), QStringLiteral("--set"), QStringLiteral("n=0x3")},
+                                 "# fader 1 on channel 4\nb3 07 64\n");
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QStringLiteral("Port 1\tE3 04 64\n"));
+        QCOMPARE(run.err, QString());
+    }
+
+    void ReplayKeepsRunningStatusAcrossLines()
+    {
+        const sRun run = RunTool({QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
+                                  QStringLiteral("Console")},
+                                 "B0 07 12\n07 7F\nB0 zz\n07\n2a\n");
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QStringLiteral("Port 1\tE0 02 12\nPort 1\tE0 0F 7F\nPort 1\tE0 0A 2A\n"));
+        QCOMPARE(run.err, QStringLiteral("line 3: not hexadecimal bytes, skipped: B0 zz\n"));
+    }
+
+    void SetChangesTheMatchedChannel()
+    {
+        const QByteArray input = "B0 07 40\nB2 07 41\n";
+        const QStringList replay{QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
+                                 QStringLiteral("Mixer In")};
+        QCOMPARE(RunTool(replay, input).out, QStringLiteral("Port 1\tE0 00 40\n"));
+        QCOMPARE(RunTool(replay + QStringList{"--set", "n=2"}, input).out, QStringLiteral("Port 1\tE2 01 41\n"));
+    }
 };
-
-void tTesseraRules::CheckPassesACleanFile()
-{
-    const sRun run = RunTool({QStringLiteral("check"), DataFile("clean.json")});
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY(!run.out.contains(QLatin1String("ERROR:")));
-    QVERIFY2(run.out.contains(DataFile("clean.json") + QStringLiteral(": 1 virtual ports, 2 aliases, 1 variables, "
-                                                                      "1 rules accepted; 0 rules and 0 variables "
-                                                                      "rejected\n")),
-             qPrintable(run.out));
-}
-
-void tTesseraRules::CheckNamesARejectedRule()
-{
-    const sRun run = RunTool({QStringLiteral("check"), DataFile("clean.json"), DataFile("one_bad_rule.json")});
-    QCOMPARE(run.exitCode, 1);
-    QVERIFY(run.out.contains(QLatin1String("ERROR: Invalid incoming midi string for rule \"Broken fader\"")));
-    QVERIFY(run.out.contains(DataFile("one_bad_rule.json") + QStringLiteral(": rejected rule 2 \"Broken fader\"\n")));
-    QVERIFY2(run.out.contains(QLatin1String("1 rules accepted; 1 rules and 0 variables rejected")), qPrintable(run.out));
-}
-
-// Line 3 reads `    "rules": [ {"name" "Fader"} ]`: the parser stops just
-// past the quote that opens "Fader", where the colon should have been.
-void tTesseraRules::CheckLocatesSyntaxErrors()
-{
-    const sRun run = RunTool({QStringLiteral("check"), DataFile("syntax_error.json")});
-    QCOMPARE(run.exitCode, 1);
-    QVERIFY2(run.out.contains(DataFile("syntax_error.json") + QStringLiteral(":3:25: JSON syntax error: ")),
-             qPrintable(run.out));
-}
-
-void tTesseraRules::RefusesBadUsage_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("no command") << QStringList{};
-    QTest::newRow("unknown command") << QStringList{"verify", DataFile("clean.json")};
-    QTest::newRow("check without files") << QStringList{"check"};
-    QTest::newRow("replay without port") << QStringList{"replay", DataFile("clean.json")};
-    QTest::newRow("value beyond a byte") << QStringList{"replay", DataFile("clean.json"), "--in", "Mixer In",
-                                                        "--set", "n=256"};
-    QTest::newRow("set without name") << QStringList{"replay", DataFile("clean.json"), "--in", "Mixer In",
-                                                     "--set", "=3"};
-}
-
-void tTesseraRules::RefusesBadUsage()
-{
-    QFETCH(QStringList, arguments);
-    const sRun run = RunTool(arguments);
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY(run.err.contains(QLatin1String("Usage: tessera-rules")));
-}
-
-// The input is named as the rule names it: "Mixer In" reaches the file's
-// "Console" port through the alias.
-void tTesseraRules::ReplaysTheFaderRule()
-{
-    const sRun run = RunTool({QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
-                              QStringLiteral("Mixer In"), QStringLiteral("--set"), QStringLiteral("n=0x3")},
-                             "# fader 1 on channel 4\nb3 07 64\n");
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, QStringLiteral("Port 1\tE3 04 64\n"));
-    QCOMPARE(run.err, QString());
-}
-
-void tTesseraRules::ReplayKeepsRunningStatusAcrossLines()
-{
-    const sRun run = RunTool({QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
-                              QStringLiteral("Console")},
-                             "B0 07 12\n07 7F\nB0 zz\n07\n2a\n");
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, QStringLiteral("Port 1\tE0 02 12\nPort 1\tE0 0F 7F\nPort 1\tE0 0A 2A\n"));
-    QCOMPARE(run.err, QStringLiteral("line 3: not hexadecimal bytes, skipped: B0 zz\n"));
-}
-
-void tTesseraRules::SetChangesTheMatchedChannel()
-{
-    const QByteArray input = "B0 07 40\nB2 07 41\n";
-    const QStringList replay{QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
-                             QStringLiteral("Mixer In")};
-    QCOMPARE(RunTool(replay, input).out, QStringLiteral("Port 1\tE0 00 40\n"));
-    QCOMPARE(RunTool(replay + QStringList{"--set", "n=2"}, input).out, QStringLiteral("Port 1\tE2 01 41\n"));
-}
 
 QTEST_GUILESS_MAIN(tTesseraRules)
 #include "test_tessera_rules.moc"

@@ -1,19 +1,25 @@
 #include "MIDITranslator/MIDITranslatorVariable.h"
-#include "tests/support/StdoutCapture.h"
+#include "support/TestHelpers.h"
 
-#include <QJsonDocument>
 #include <QtTest>
 
 namespace
 {
-cMIDITranslatorVariable Load(const char* json, bool& ok)
+cMIDITranslatorVariable Load(const QString& json, bool& ok)
 {
-    return cMIDITranslatorVariable::FromJsonObject(QJsonDocument::fromJson(json).object(), ok);
+    return cMIDITranslatorVariable::FromJsonObject(QJsonDocument::fromJson(json.toUtf8()).object(), ok);
+}
+
+// A variable "x" with the given default and values.
+cMIDITranslatorVariable LoadX(const QString& defaultValue, const QString& values, bool& ok)
+{
+    return Load(QStringLiteral(R"({"name": "x", "variable_name": "x", "default": %1, "values": [%2]})")
+                    .arg(defaultValue, values), ok);
 }
 
 QString ErrorPrefix(const QString& message)
 {
-    return QStringLiteral("ERROR: ") + message + QStringLiteral("\t(MIDITranslator/MIDITranslatorVariable.cpp:");
+    return ErrorFrom("MIDITranslator/MIDITranslatorVariable.cpp", message);
 }
 }
 
@@ -21,184 +27,156 @@ class tVariables : public QObject
 {
     Q_OBJECT
 private slots:
-    void LoadsNamesValuesAndDefault();
-    void RoundsNumbersToBytes_data();
-    void RoundsNumbersToBytes();
-    void RejectsMalformedObjects_data();
-    void RejectsMalformedObjects();
-    void SkipsIncompleteValues();
-    void FirstOfDuplicateValuesWins();
-    void BoundCheckIsGreaterThanOnly();
-    void VariableWithoutValuesReadsZero();
-};
-
-void tVariables::LoadsNamesValuesAndDefault()
-{
-    cStdoutCapture capture;
-    bool ok = false;
-    cMIDITranslatorVariable variable = Load(R"({"name": "Fader bank", "variable_name": "k", "default": 8,
-        "values": [{"name": "Bank 1", "value": 0}, {"name": "Bank 2", "value": 8}]})", ok);
-    QVERIFY(ok);
-    QCOMPARE(variable.GetDescriptiveName(), QStringLiteral("Fader bank"));
-    QCOMPARE(variable.GetVariableName(), QStringLiteral("k"));
-    QCOMPARE(variable.GetNumberOfValues(), 2);
-    QCOMPARE(variable.GetCurrentValueIndex(), 1);
-    QCOMPARE(variable.GetCurrentValue(), UBYTE(8));
-    QCOMPARE(variable.GetNameAtIndex(0), QStringLiteral("Bank 1"));
-    variable.SetCurrentValue(0);
-    QCOMPARE(variable.GetCurrentValue(), UBYTE(0));
-    QCOMPARE(capture.ErrorLines(), QStringList());
-
-    // Letters that are hexadecimal digits are valid names here, even though
-    // rules cannot refer to them.
-    for (const char* json : {R"({"name": "x", "variable_name": "a", "default": 0, "values": []})",
-                             R"({"name": "x", "variable_name": "F", "default": 0, "values": []})"})
+    void LoadsNamesValuesAndDefault()
     {
-        Load(json, ok);
+        cStdoutCapture capture;
+        bool ok = false;
+        cMIDITranslatorVariable variable = Load(R"({"name": "Fader bank", "variable_name": "k", "default": 8,
+            "values": [{"name": "Bank 1", "value": 0}, {"name": "Bank 2", "value": 8}]})", ok);
         QVERIFY(ok);
+        QCOMPARE(variable.GetDescriptiveName(), QStringLiteral("Fader bank"));
+        QCOMPARE(variable.GetVariableName(), QStringLiteral("k"));
+        QCOMPARE(variable.GetNumberOfValues(), 2);
+        QCOMPARE(variable.GetCurrentValueIndex(), 1);
+        QCOMPARE(variable.GetCurrentValue(), UBYTE(8));
+        QCOMPARE(variable.GetNameAtIndex(0), QStringLiteral("Bank 1"));
+        variable.SetCurrentValue(0);
+        QCOMPARE(variable.GetCurrentValue(), UBYTE(0));
+
+        // Values without a number and a name are skipped.
+        variable = LoadX("7", R"({"value": "3", "name": "text"}, 4, {"value": 5}, {"name": "no value"},
+                                 {"value": 7, "name": "seven"})", ok);
+        QVERIFY(ok);
+        QCOMPARE(variable.GetNumberOfValues(), 1);
+        QCOMPARE(variable.GetNameAtIndex(0), QStringLiteral("seven"));
+        QCOMPARE(capture.ErrorLines(), QStringList());
+
+        // Letters that are hexadecimal digits are valid names here, even
+        // though rules cannot refer to them.
+        for (const char* name : {"a", "F"})
+        {
+            Load(QStringLiteral(R"({"name": "x", "variable_name": "%1", "default": 0, "values": []})")
+                     .arg(QLatin1String(name)), ok);
+            QVERIFY(ok);
+        }
     }
-}
 
-void tVariables::RoundsNumbersToBytes_data()
-{
-    QTest::addColumn<QString>("number");
-    QTest::addColumn<int>("byte");
-    QTest::newRow("half up") << "1.5" << 2;
-    QTest::newRow("below half") << "1.49" << 1;
-    QTest::newRow("256 wraps") << "256" << 0;
-    QTest::newRow("300 keeps low bits") << "300" << 44;
-    QTest::newRow("negative") << "-1.5" << 0xFF;
-    QTest::newRow("beyond 32 bits") << "1e300" << 0;
-}
-
-void tVariables::RoundsNumbersToBytes()
-{
-    QFETCH(QString, number);
-    QFETCH(int, byte);
-    cStdoutCapture capture;
-    const QString json = QStringLiteral(R"({"name": "x", "variable_name": "x", "default": %1,
-        "values": [{"name": "other", "value": 99}, {"name": "rounded", "value": %1}]})").arg(number);
-    bool ok = false;
-    cMIDITranslatorVariable variable = cMIDITranslatorVariable::FromJsonObject(
-        QJsonDocument::fromJson(json.toUtf8()).object(), ok);
-    QVERIFY(ok);
-    QCOMPARE(int(variable.GetValueAtIndex(1)), byte);
-    QCOMPARE(variable.GetCurrentValueIndex(), 1);
-    QCOMPARE(capture.ErrorLines(), QStringList());
-}
-
-void tVariables::RejectsMalformedObjects_data()
-{
-    QTest::addColumn<QString>("json");
-    QTest::addColumn<QString>("message");
-    const QString values = QStringLiteral(R"("values": [{"name": "one", "value": 1}])");
-    QTest::newRow("no name") << R"({"variable_name": "k", "default": 1, )" + values + "}"
-                             << QStringLiteral(R"(No "name" string value for variable)");
-    QTest::newRow("numeric name") << R"({"name": 3, "variable_name": "k", "default": 1, )" + values + "}"
-                                  << QStringLiteral(R"(No "name" string value for variable)");
-    QTest::newRow("no variable name") << R"({"name": "x", "default": 1, )" + values + "}"
-                                      << QStringLiteral(R"(No "variable_name" string value for variable)");
-    for (const char* name : {"ab", "1", "_", ""})
+    void RoundsNumbersToBytes_data()
     {
-        QTest::newRow(qPrintable(QStringLiteral("variable name '%1'").arg(QLatin1String(name))))
-            << QStringLiteral(R"({"name": "x", "variable_name": "%1", "default": 1, )").arg(QLatin1String(name)) +
-                   values + "}"
-            << QStringLiteral(R"(Invalid "variable_name": %1)").arg(QLatin1String(name));
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<int>("byte");
+        QTest::newRow("half up") << "1.5" << 2;
+        QTest::newRow("below half") << "1.49" << 1;
+        QTest::newRow("256 wraps") << "256" << 0;
+        QTest::newRow("300 keeps low bits") << "300" << 44;
+        QTest::newRow("negative") << "-1.5" << 0xFF;
+        QTest::newRow("beyond 32 bits") << "1e300" << 0;
     }
-    QTest::newRow("default as text") << R"({"name": "x", "variable_name": "k", "default": "3", )" + values + "}"
-                                     << QStringLiteral(R"(No "default" double value for variable)");
-    QTest::newRow("values as object")
-        << QStringLiteral(R"({"name": "x", "variable_name": "k", "default": 1, "values": {"one": 1}})")
-        << QStringLiteral(R"(No "values" array for variable)");
-}
 
-void tVariables::RejectsMalformedObjects()
-{
-    QFETCH(QString, json);
-    QFETCH(QString, message);
-    cStdoutCapture capture;
-    bool ok = true;
-    cMIDITranslatorVariable variable =
-        cMIDITranslatorVariable::FromJsonObject(QJsonDocument::fromJson(json.toUtf8()).object(), ok);
-    QVERIFY(!ok);
-    QCOMPARE(variable.GetNumberOfValues(), 0);
-    const QStringList errors = capture.ErrorLines();
-    QCOMPARE(errors.size(), 1);
-    QVERIFY2(errors.first().startsWith(ErrorPrefix(message)), qPrintable(errors.first()));
-}
-
-void tVariables::SkipsIncompleteValues()
-{
-    cStdoutCapture capture;
-    bool ok = false;
-    cMIDITranslatorVariable variable = Load(R"({"name": "x", "variable_name": "x", "default": 7,
-        "values": [{"value": "3", "name": "text"}, 4, {"value": 5}, {"name": "no value"},
-                   {"value": 7, "name": "seven"}]})", ok);
-    QVERIFY(ok);
-    QCOMPARE(variable.GetNumberOfValues(), 1);
-    QCOMPARE(variable.GetNameAtIndex(0), QStringLiteral("seven"));
-    QCOMPARE(capture.ErrorLines(), QStringList());
-}
-
-void tVariables::FirstOfDuplicateValuesWins()
-{
-    cStdoutCapture capture;
-    bool ok = false;
-    cMIDITranslatorVariable variable = Load(R"({"name": "x", "variable_name": "x", "default": 7,
-        "values": [{"value": 5, "name": "first"}, {"value": 7, "name": "b"}, {"value": 5, "name": "again"}]})", ok);
-    QCOMPARE(variable.GetCurrentValueIndex(), 1);
-    variable.SetCurrentValue(5);
-    QCOMPARE(variable.GetCurrentValueIndex(), 0);
-
-    // An unknown value is reported and changes nothing.
-    variable.SetCurrentValue(9);
-    QCOMPARE(variable.GetCurrentValueIndex(), 0);
-    QCOMPARE(capture.ErrorLines().size(), 1);
-    QVERIFY(capture.ErrorLines().first().startsWith(ErrorPrefix(QStringLiteral("Invalid value: 9"))));
-}
-
-void tVariables::BoundCheckIsGreaterThanOnly()
-{
-    bool ok = false;
-    cMIDITranslatorVariable variable = Load(R"({"name": "x", "variable_name": "x", "default": 1,
-        "values": [{"value": 1, "name": "a"}, {"value": 2, "name": "b"}, {"value": 3, "name": "c"}]})", ok);
-    cStdoutCapture capture;
-    QCOMPARE(variable.GetValueAtIndex(4), UBYTE(0));
-    QCOMPARE(variable.GetNameAtIndex(4), QString());
-    const QStringList reported = capture.ErrorLines();
-    QCOMPARE(reported.size(), 2);
-    for (const QString& line : reported)
+    void RoundsNumbersToBytes()
     {
-        QVERIFY(line.startsWith(ErrorPrefix(QStringLiteral("Invalid index: 4 Number of values: 3"))));
+        QFETCH(QString, number);
+        QFETCH(int, byte);
+        cStdoutCapture capture;
+        bool ok = false;
+        cMIDITranslatorVariable variable =
+            LoadX(number, QStringLiteral(R"({"name": "other", "value": 99}, {"name": "rounded", "value": %1})").arg(number), ok);
+        QVERIFY(ok);
+        QCOMPARE(int(variable.GetValueAtIndex(1)), byte);
+        QCOMPARE(variable.GetCurrentValueIndex(), 1);
+        QCOMPARE(capture.ErrorLines(), QStringList());
     }
 
-    // The count itself and negative indices pass the check unreported, and
-    // still read nothing outside the list.
-    QCOMPARE(variable.GetValueAtIndex(3), UBYTE(0));
-    QCOMPARE(variable.GetValueAtIndex(-1), UBYTE(0));
-    QCOMPARE(variable.GetNameAtIndex(3), QString());
-    QCOMPARE(variable.GetNameAtIndex(-1), QString());
-    QCOMPARE(capture.ErrorLines().size(), 2);
-}
+    void RejectsMalformedObjects_data()
+    {
+        QTest::addColumn<QString>("json");
+        QTest::addColumn<QString>("message");
+        const QString values = QStringLiteral(R"("values": [{"name": "one", "value": 1}])");
+        QTest::newRow("no name") << R"({"variable_name": "k", "default": 1, )" + values + "}"
+                                 << QStringLiteral(R"(No "name" string value for variable)");
+        QTest::newRow("numeric name") << R"({"name": 3, "variable_name": "k", "default": 1, )" + values + "}"
+                                      << QStringLiteral(R"(No "name" string value for variable)");
+        QTest::newRow("no variable name") << R"({"name": "x", "default": 1, )" + values + "}"
+                                          << QStringLiteral(R"(No "variable_name" string value for variable)");
+        for (const char* name : {"ab", "1", "_", ""})
+        {
+            QTest::newRow(qPrintable(QStringLiteral("variable name '%1'").arg(QLatin1String(name))))
+                << QStringLiteral(R"({"name": "x", "variable_name": "%1", "default": 1, )").arg(QLatin1String(name)) +
+                       values + "}"
+                << QStringLiteral(R"(Invalid "variable_name": %1)").arg(QLatin1String(name));
+        }
+        QTest::newRow("default as text") << R"({"name": "x", "variable_name": "k", "default": "3", )" + values + "}"
+                                         << QStringLiteral(R"(No "default" double value for variable)");
+        QTest::newRow("values as object")
+            << QStringLiteral(R"({"name": "x", "variable_name": "k", "default": 1, "values": {"one": 1}})")
+            << QStringLiteral(R"(No "values" array for variable)");
+    }
 
-// A file may give a variable no values, or a default none of them has: the
-// load still succeeds and the variable reads as 0.
-void tVariables::VariableWithoutValuesReadsZero()
-{
-    cStdoutCapture capture;
-    bool ok = false;
-    cMIDITranslatorVariable empty = Load(R"({"name": "x", "variable_name": "x", "default": 3, "values": []})", ok);
-    QVERIFY(ok);
-    QCOMPARE(empty.GetCurrentValue(), UBYTE(0));
-    cMIDITranslatorVariable unmatched =
-        Load(R"({"name": "x", "variable_name": "x", "default": 3, "values": [{"value": 9, "name": "nine"}]})", ok);
-    QVERIFY(ok);
-    QCOMPARE(unmatched.GetCurrentValueIndex(), 0);
-    QCOMPARE(unmatched.GetCurrentValue(), UBYTE(9));
-    const QStringList errors = capture.ErrorLines();
-    QCOMPARE(errors.size(), 2);
-    QVERIFY(errors.at(0).startsWith(ErrorPrefix(QStringLiteral("Invalid value: 3"))));
-}
+    void RejectsMalformedObjects()
+    {
+        QFETCH(QString, json);
+        QFETCH(QString, message);
+        bool ok = true;
+        int values = -1;
+        const QStringList errors = ErrorLinesOf([&] { values = Load(json, ok).GetNumberOfValues(); });
+        QVERIFY(!ok);
+        QCOMPARE(values, 0);
+        QCOMPARE(errors.size(), 1);
+        QVERIFY2(errors.first().startsWith(ErrorPrefix(message)), qPrintable(errors.first()));
+    }
+
+    // The first of two equal values is the one found; an unknown value, or a
+    // default none of the values has, is reported and reads as the first.
+    void LooksValuesUp()
+    {
+        cStdoutCapture capture;
+        bool ok = false;
+        cMIDITranslatorVariable variable =
+            LoadX("7", R"({"value": 5, "name": "first"}, {"value": 7, "name": "b"}, {"value": 5, "name": "again"})", ok);
+        QCOMPARE(variable.GetCurrentValueIndex(), 1);
+        variable.SetCurrentValue(5);
+        QCOMPARE(variable.GetCurrentValueIndex(), 0);
+        variable.SetCurrentValue(9);
+        QCOMPARE(variable.GetCurrentValueIndex(), 0);
+
+        cMIDITranslatorVariable empty = LoadX("3", "", ok);
+        QVERIFY(ok);
+        QCOMPARE(empty.GetCurrentValue(), UBYTE(0));
+        cMIDITranslatorVariable unmatched = LoadX("3", R"({"value": 9, "name": "nine"})", ok);
+        QVERIFY(ok);
+        QCOMPARE(unmatched.GetCurrentValueIndex(), 0);
+        QCOMPARE(unmatched.GetCurrentValue(), UBYTE(9));
+
+        const QStringList errors = capture.ErrorLines();
+        QCOMPARE(errors.size(), 3);
+        QVERIFY(errors.at(0).startsWith(ErrorPrefix(QStringLiteral("Invalid value: 9"))));
+        QVERIFY(errors.at(1).startsWith(ErrorPrefix(QStringLiteral("Invalid value: 3"))));
+    }
+
+    void BoundCheckIsGreaterThanOnly()
+    {
+        bool ok = false;
+        cMIDITranslatorVariable variable =
+            LoadX("1", R"({"value": 1, "name": "a"}, {"value": 2, "name": "b"}, {"value": 3, "name": "c"})", ok);
+        cStdoutCapture capture;
+        QCOMPARE(variable.GetValueAtIndex(4), UBYTE(0));
+        QCOMPARE(variable.GetNameAtIndex(4), QString());
+        const QStringList reported = capture.ErrorLines();
+        QCOMPARE(reported.size(), 2);
+        for (const QString& line : reported)
+        {
+            QVERIFY(line.startsWith(ErrorPrefix(QStringLiteral("Invalid index: 4 Number of values: 3"))));
+        }
+
+        // The count itself and negative indices pass the check unreported,
+        // and still read nothing outside the list.
+        QCOMPARE(variable.GetValueAtIndex(3), UBYTE(0));
+        QCOMPARE(variable.GetValueAtIndex(-1), UBYTE(0));
+        QCOMPARE(variable.GetNameAtIndex(3), QString());
+        QCOMPARE(variable.GetNameAtIndex(-1), QString());
+        QCOMPARE(capture.ErrorLines().size(), 2);
+    }
+};
 
 QTEST_GUILESS_MAIN(tVariables)
 #include "test_variables.moc"
