@@ -65,162 +65,155 @@ class TestDiscovery : public QObject
 {
     Q_OBJECT
 private slots:
-    void FindsUnitsOnceAndLosesSilentOne();
-    void AnyAnswerIsAName_data();
-    void AnyAnswerIsAName();
-    void KeepsAtMostTheUnitLimit();
-    void ExpiryRemovesByRecordedIndices();
-    void MultiFinderFamilies();
-};
-
-void TestDiscovery::FindsUnitsOnceAndLosesSilentOne()
-{
-    auto simA = StartSim(UNIT_A);
-    auto simB = StartSim(UNIT_B);
-    auto simC = StartSim(UNIT_C);
-    QVERIFY(simA->IsListening() && simB->IsListening() && simC->IsListening());
-
-    cUnitFinder finder(TX, NO_TICKS);
-    QSignalSpy found(&finder, &cUnitFinder::UnitFound);
-    QSignalSpy lost(&finder, &cUnitFinder::UnitLost);
-    for (int i = 0; i < 3; ++i)
+    void FindsUnitsOnceAndLosesSilentOne()
     {
-        Tick(finder, {simA.get(), simB.get()});
-    }
-    QVERIFY(SameUnits(Units(found), {UNIT_A, UNIT_B}));
-    QVERIFY(SameUnits(finder.GetFoundUnits(), {UNIT_A, UNIT_B}));
-    QVERIFY(simC->Lines().filter(QStringLiteral("answered")).isEmpty());
-    QString name = QStringLiteral("Unit B");
-    QCOMPARE(finder.GetHostAddressByUnitName(name), UNIT_B.address);
-    name = QStringLiteral("Unit");
-    QVERIFY(finder.GetHostAddressByUnitName(name).isNull());
+        auto simA = StartSim(UNIT_A);
+        auto simB = StartSim(UNIT_B);
+        auto simC = StartSim(UNIT_C);
+        QVERIFY(simA->IsListening() && simB->IsListening() && simC->IsListening());
 
-    QVERIFY(simB->Stop());
-    for (int i = 0; i < 4; ++i)
-    {
+        cUnitFinder finder(TX, NO_TICKS);
+        QSignalSpy found(&finder, &cUnitFinder::UnitFound);
+        QSignalSpy lost(&finder, &cUnitFinder::UnitLost);
+        for (int i = 0; i < 3; ++i)
+        {
+            Tick(finder, {simA.get(), simB.get()});
+        }
+        QVERIFY(SameUnits(Units(found), {UNIT_A, UNIT_B}));
+        QVERIFY(SameUnits(finder.GetFoundUnits(), {UNIT_A, UNIT_B}));
+        QVERIFY(simC->Lines().filter(QStringLiteral("answered")).isEmpty());
+        QString name = QStringLiteral("Unit B");
+        QCOMPARE(finder.GetHostAddressByUnitName(name), UNIT_B.address);
+        name = QStringLiteral("Unit");
+        QVERIFY(finder.GetHostAddressByUnitName(name).isNull());
+
+        QVERIFY(simB->Stop());
+        for (int i = 0; i < 4; ++i)
+        {
+            Tick(finder, {simA.get()});
+        }
+        QCOMPARE(lost.count(), 0);
         Tick(finder, {simA.get()});
+        QCOMPARE(Units(lost), QList<sUnit>({UNIT_B}));
+        QCOMPARE(finder.GetFoundUnits(), QList<sUnit>({UNIT_A}));
+        QCOMPARE(found.count(), 2);
     }
-    QCOMPARE(lost.count(), 0);
-    Tick(finder, {simA.get()});
-    QCOMPARE(Units(lost), QList<sUnit>({UNIT_B}));
-    QCOMPARE(finder.GetFoundUnits(), QList<sUnit>({UNIT_A}));
-    QCOMPARE(found.count(), 2);
-}
 
-void TestDiscovery::AnyAnswerIsAName_data()
-{
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("bytes after a zero byte") << "4D 69 78 00 46 46 FF" << "Mix";
-    QTest::newRow("empty") << "" << "";
-    QTest::newRow("binary") << "80 FF 41 7F" << QString::fromLatin1("\x80\xFF\x41\x7F", 4);
-    QTest::newRow("huge") << QString::fromLatin1(QByteArray(60000, 'A').toHex()) << QString(60000, QLatin1Char('A'));
-}
-
-void TestDiscovery::AnyAnswerIsAName()
-{
-    QFETCH(QString, answer);
-    QFETCH(QString, name);
-    cMixerSimProcess sim({QStringLiteral("--address"), ODD_UNIT_ADDRESS, QStringLiteral("--find"), TX,
-                          QStringLiteral("--answer-hex"), answer});
-    QVERIFY(sim.IsListening());
-    cUnitFinder finder(TX, NO_TICKS);
-    QSignalSpy found(&finder, &cUnitFinder::UnitFound);
-    Tick(finder, {&sim});
-    QVERIFY(found.count() == 1 || found.wait(2000));
-    QCOMPARE(Units(found), QList<sUnit>({sUnit{QHostAddress(ODD_UNIT_ADDRESS), name, TX}}));
-}
-
-void TestDiscovery::KeepsAtMostTheUnitLimit()
-{
-    cUnitFinder finder(TX, NO_TICKS);
-    QSignalSpy found(&finder, &cUnitFinder::UnitFound);
-    for (int i = 1; i <= 257; ++i)
+    void AnyAnswerIsAName_data()
     {
-        finder.UnitRespond(sUnit{QHostAddress(quint32(0x7F000000 + i)), QStringLiteral("Unit"), TX});
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("bytes after a zero byte") << "4D 69 78 00 46 46 FF" << "Mix";
+        QTest::newRow("empty") << "" << "";
+        QTest::newRow("binary") << "80 FF 41 7F" << QString::fromLatin1("\x80\xFF\x41\x7F", 4);
+        QTest::newRow("huge") << QString::fromLatin1(QByteArray(60000, 'A').toHex()) << QString(60000, QLatin1Char('A'));
     }
-    QCOMPARE(found.count(), 256);
-    QCOMPARE(finder.GetFoundUnits().size(), 256);
-    QCOMPARE(finder.GetFoundUnits().last().address, QHostAddress(QStringLiteral("127.0.1.0")));
-    QString name = QStringLiteral("Unit");
-    QCOMPARE(finder.GetHostAddressByUnitName(name), QHostAddress(QStringLiteral("127.0.0.1")));
 
-    // A known unit answering again is refreshed, not added, even at the limit.
-    finder.UnitRespond(sUnit{QHostAddress(QStringLiteral("127.0.0.1")), QStringLiteral("Unit"), TX});
-    QCOMPARE(found.count(), 256);
-}
-
-void TestDiscovery::ExpiryRemovesByRecordedIndices()
-{
-    const sUnit unitD{QHostAddress(QStringLiteral("127.0.0.15")), QStringLiteral("Unit D"), TX};
-    cUnitFinder finder(TX, NO_TICKS);
-    QSignalSpy lost(&finder, &cUnitFinder::UnitLost);
-    finder.UnitRespond(UNIT_A);
-    finder.UnitRespond(UNIT_B);
-    finder.TimerFired();
-    finder.UnitRespond(unitD);
-    for (int i = 0; i < 4; ++i)
+    void AnyAnswerIsAName()
     {
+        QFETCH(QString, answer);
+        QFETCH(QString, name);
+        cMixerSimProcess sim({QStringLiteral("--address"), ODD_UNIT_ADDRESS, QStringLiteral("--find"), TX,
+                              QStringLiteral("--answer-hex"), answer});
+        QVERIFY(sim.IsListening());
+        cUnitFinder finder(TX, NO_TICKS);
+        QSignalSpy found(&finder, &cUnitFinder::UnitFound);
+        Tick(finder, {&sim});
+        QVERIFY(found.count() == 1 || found.wait(2000));
+        QCOMPARE(Units(found), QList<sUnit>({sUnit{QHostAddress(ODD_UNIT_ADDRESS), name, TX}}));
+    }
+
+    void KeepsAtMostTheUnitLimit()
+    {
+        cUnitFinder finder(TX, NO_TICKS);
+        QSignalSpy found(&finder, &cUnitFinder::UnitFound);
+        for (int i = 1; i <= 257; ++i)
+        {
+            finder.UnitRespond(sUnit{QHostAddress(quint32(0x7F000000 + i)), QStringLiteral("Unit"), TX});
+        }
+        QCOMPARE(found.count(), 256);
+        QCOMPARE(finder.GetFoundUnits().size(), 256);
+        QCOMPARE(finder.GetFoundUnits().last().address, QHostAddress(QStringLiteral("127.0.1.0")));
+        QString name = QStringLiteral("Unit");
+        QCOMPARE(finder.GetHostAddressByUnitName(name), QHostAddress(QStringLiteral("127.0.0.1")));
+
+        // A known unit answering again is refreshed, not added, even at the limit.
+        finder.UnitRespond(sUnit{QHostAddress(QStringLiteral("127.0.0.1")), QStringLiteral("Unit"), TX});
+        QCOMPARE(found.count(), 256);
+    }
+
+    void ExpiryRemovesByRecordedIndices()
+    {
+        const sUnit unitD{QHostAddress(QStringLiteral("127.0.0.15")), QStringLiteral("Unit D"), TX};
+        cUnitFinder finder(TX, NO_TICKS);
+        QSignalSpy lost(&finder, &cUnitFinder::UnitLost);
+        finder.UnitRespond(UNIT_A);
+        finder.UnitRespond(UNIT_B);
         finder.TimerFired();
+        finder.UnitRespond(unitD);
+        for (int i = 0; i < 4; ++i)
+        {
+            finder.TimerFired();
+        }
+        // A and B expire together: index 0 goes, then index 1 of what is left,
+        // which is D. B stays listed though reported lost.
+        QCOMPARE(Units(lost), QList<sUnit>({UNIT_A, UNIT_B}));
+        QCOMPARE(finder.GetFoundUnits(), QList<sUnit>({UNIT_B}));
+        for (int i = 0; i < 6; ++i)
+        {
+            finder.TimerFired();
+        }
+        QCOMPARE(lost.count(), 2);
     }
-    // A and B expire together: index 0 goes, then index 1 of what is left,
-    // which is D. B stays listed though reported lost.
-    QCOMPARE(Units(lost), QList<sUnit>({UNIT_A, UNIT_B}));
-    QCOMPARE(finder.GetFoundUnits(), QList<sUnit>({UNIT_B}));
-    for (int i = 0; i < 6; ++i)
+
+    void MultiFinderFamilies()
     {
-        finder.TimerFired();
+        auto simA = StartSim(UNIT_A);
+        auto simB = StartSim(UNIT_B);
+        auto simC = StartSim(UNIT_C);
+        QVERIFY(simA->IsListening() && simB->IsListening() && simC->IsListening());
+
+        cMultiUnitFinder finder(QUICK_TICKS);
+        QSignalSpy found(&finder, &cMultiUnitFinder::UnitFound);
+        QSignalSpy lost(&finder, &cMultiUnitFinder::UnitLost);
+        finder.StartFindingUnits(TX);
+        finder.StartFindingUnits(KVR);
+        finder.StartFindingUnits(TX);
+        QCOMPARE(finder.findChildren<cUnitFinder*>().size(), 2);
+        QTRY_COMPARE(finder.GetFoundUnits().size(), 3);
+        // Several more rounds of answers find nobody twice.
+        for (int i = 0; i < 3; ++i)
+        {
+            QVERIFY(simC->WaitForLine(QStringLiteral("^answered ")));
+        }
+        QTest::qWait(50);
+        QVERIFY(SameUnits(Units(found), {UNIT_A, UNIT_B, UNIT_C}));
+        QCOMPARE(finder.GetFoundUnitsOfFindString(KVR), QList<sUnit>({UNIT_C}));
+        QVERIFY(SameUnits(finder.GetFoundUnitsOfFindString(TX), {UNIT_A, UNIT_B}));
+
+        finder.StopFindingUnits(QStringLiteral("XR Find"));
+        QCOMPARE(lost.count(), 0);
+
+        const QList<sUnit> txUnits = finder.GetFoundUnitsOfFindString(TX);
+        finder.StopFindingUnits(TX);
+        QCOMPARE(Units(lost), txUnits);
+        QCOMPARE(finder.GetFoundUnits(), QList<sUnit>({UNIT_C}));
+
+        // Found again, they go to the end of the list.
+        lost.clear();
+        finder.StartFindingUnits(TX);
+        QTRY_COMPARE(finder.GetFoundUnits().size(), 3);
+        QCOMPARE(finder.GetFoundUnits().first(), UNIT_C);
+        QCOMPARE(lost.count(), 0);
+
+        QList<sUnit> lastFoundFirst = finder.GetFoundUnits();
+        std::reverse(lastFoundFirst.begin(), lastFoundFirst.end());
+        finder.StopFindingAllUnits();
+        QCOMPARE(Units(lost), lastFoundFirst);
+        QVERIFY(finder.GetFoundUnits().isEmpty());
+        QVERIFY(finder.findChildren<cUnitFinder*>().isEmpty());
     }
-    QCOMPARE(lost.count(), 2);
-}
-
-void TestDiscovery::MultiFinderFamilies()
-{
-    auto simA = StartSim(UNIT_A);
-    auto simB = StartSim(UNIT_B);
-    auto simC = StartSim(UNIT_C);
-    QVERIFY(simA->IsListening() && simB->IsListening() && simC->IsListening());
-
-    cMultiUnitFinder finder(QUICK_TICKS);
-    QSignalSpy found(&finder, &cMultiUnitFinder::UnitFound);
-    QSignalSpy lost(&finder, &cMultiUnitFinder::UnitLost);
-    finder.StartFindingUnits(TX);
-    finder.StartFindingUnits(KVR);
-    finder.StartFindingUnits(TX);
-    QCOMPARE(finder.findChildren<cUnitFinder*>().size(), 2);
-    QTRY_COMPARE(finder.GetFoundUnits().size(), 3);
-    // Several more rounds of answers find nobody twice.
-    for (int i = 0; i < 3; ++i)
-    {
-        QVERIFY(simC->WaitForLine(QStringLiteral("^answered ")));
-    }
-    QTest::qWait(50);
-    QVERIFY(SameUnits(Units(found), {UNIT_A, UNIT_B, UNIT_C}));
-    QCOMPARE(finder.GetFoundUnitsOfFindString(KVR), QList<sUnit>({UNIT_C}));
-    QVERIFY(SameUnits(finder.GetFoundUnitsOfFindString(TX), {UNIT_A, UNIT_B}));
-
-    finder.StopFindingUnits(QStringLiteral("XR Find"));
-    QCOMPARE(lost.count(), 0);
-
-    const QList<sUnit> txUnits = finder.GetFoundUnitsOfFindString(TX);
-    finder.StopFindingUnits(TX);
-    QCOMPARE(Units(lost), txUnits);
-    QCOMPARE(finder.GetFoundUnits(), QList<sUnit>({UNIT_C}));
-
-    // Found again, they go to the end of the list.
-    lost.clear();
-    finder.StartFindingUnits(TX);
-    QTRY_COMPARE(finder.GetFoundUnits().size(), 3);
-    QCOMPARE(finder.GetFoundUnits().first(), UNIT_C);
-    QCOMPARE(lost.count(), 0);
-
-    QList<sUnit> lastFoundFirst = finder.GetFoundUnits();
-    std::reverse(lastFoundFirst.begin(), lastFoundFirst.end());
-    finder.StopFindingAllUnits();
-    QCOMPARE(Units(lost), lastFoundFirst);
-    QVERIFY(finder.GetFoundUnits().isEmpty());
-    QVERIFY(finder.findChildren<cUnitFinder*>().isEmpty());
-}
+};
 
 QTEST_GUILESS_MAIN(TestDiscovery)
 #include "test_discovery.moc"

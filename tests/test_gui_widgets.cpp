@@ -1,98 +1,10 @@
-// The window's small widgets: the address validator, alone and behind the
-// address field's input mask, the widget group, and the activity lamp as it
-// is painted.
+// The window's small widgets: the address validator and the activity lamp as
+// it is painted. The window's own tests drive both inside the window.
 
 #include "Application/IPAddressValidator.h"
 #include "Application/MIDIActiveWidget.h"
-#include "Application/WidgetGroup.h"
 
-#include <QLabel>
-#include <QLineEdit>
 #include <QTest>
-
-class cTestGuiWidgets : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void ValidatorRatesAddresses_data();
-    void ValidatorRatesAddresses();
-    void MaskedFieldAcceptsOnlyValidAddresses();
-    void WidgetGroupShowsAndHidesAll();
-    void LampPaintsFrameAndFlashes();
-};
-
-void cTestGuiWidgets::ValidatorRatesAddresses_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("state");
-    QTest::newRow("plain") << "192.168.1.1" << int(QValidator::Acceptable);
-    QTest::newRow("group above 255") << "256.1.1.1" << int(QValidator::Invalid);
-    QTest::newRow("empty group") << "192.168..1" << int(QValidator::Intermediate);
-    QTest::newRow("blanks around digits") << " 10. 0 .0  .7 " << int(QValidator::Acceptable);
-    QTest::newRow("all zero") << "0.0.0.0" << int(QValidator::Invalid);
-    QTest::newRow("zero but the last") << "0.0.0.1" << int(QValidator::Acceptable);
-    QTest::newRow("letters") << "10.a.0.1" << int(QValidator::Invalid);
-    QTest::newRow("leading zeros") << "010.001.000.255" << int(QValidator::Acceptable);
-    QTest::newRow("empty") << "" << int(QValidator::Intermediate);
-}
-
-void cTestGuiWidgets::ValidatorRatesAddresses()
-{
-    QFETCH(QString, text);
-    QFETCH(int, state);
-    cIPAddressValidator validator;
-    QString edited = text;
-    int pos = 3;
-    QCOMPARE(int(validator.validate(edited, pos)), state);
-    QCOMPARE(edited, text);
-    QCOMPARE(pos, 3);
-}
-
-// The field pads short groups with blanks; what the user types must still be
-// rated by its digits.
-void cTestGuiWidgets::MaskedFieldAcceptsOnlyValidAddresses()
-{
-    QLineEdit field;
-    field.setInputMask(QStringLiteral("000.000.000.000"));
-    field.setValidator(new cIPAddressValidator(&field));
-
-    field.setText(QStringLiteral("192.168.1.1"));
-    QCOMPARE(field.text(), QStringLiteral("192.168.1.1"));
-    QVERIFY(field.hasAcceptableInput());
-
-    field.clear();
-    QTest::keyClicks(&field, QStringLiteral("10.0.0.0"));
-    QVERIFY(field.hasAcceptableInput());
-
-    field.setText(QStringLiteral("0.0.0.0"));
-    QVERIFY(!field.hasAcceptableInput());
-    field.setText(QStringLiteral("10.0..7"));
-    QVERIFY(!field.hasAcceptableInput());
-}
-
-void cTestGuiWidgets::WidgetGroupShowsAndHidesAll()
-{
-    QWidget window;
-    QLabel* first = new QLabel(&window);
-    QLabel* second = new QLabel(&window);
-    QLabel* outsider = new QLabel(&window);
-    window.show();
-
-    cWidgetGroup group;
-    group.AddWidget(first);
-    group.AddWidget(second);
-    group.AddWidget(first);
-
-    group.Hide();
-    QVERIFY(first->isHidden());
-    QVERIFY(second->isHidden());
-    QVERIFY(outsider->isVisible());
-
-    group.Show();
-    QVERIFY(first->isVisible());
-    QVERIFY(second->isVisible());
-}
 
 namespace
 {
@@ -114,31 +26,64 @@ QStringList Pixels(cMIDIActiveWidget& lamp)
 }
 }
 
-void cTestGuiWidgets::LampPaintsFrameAndFlashes()
+class cTestGuiWidgets : public QObject
 {
-    cMIDIActiveWidget lamp;
-    lamp.setFixedSize(10, 10);
+    Q_OBJECT
 
-    const QStringList dark = {
-        "#########.", "#.......#.", "#.......#.", "#.......#.", "#.......#.",
-        "#.......#.", "#.......#.", "#.......#.", "#########.", ".........."};
-    const QStringList lit = {
-        "#########.", "#.......#.", "#.#####.#.", "#.#####.#.", "#.#####.#.",
-        "#.#####.#.", "#.#####.#.", "#.......#.", "#########.", ".........."};
-    QCOMPARE(Pixels(lamp), dark);
+private slots:
+    void ValidatorRatesAddresses_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("state");
+        QTest::newRow("plain") << "192.168.1.1" << int(QValidator::Acceptable);
+        QTest::newRow("group above 255") << "256.1.1.1" << int(QValidator::Invalid);
+        QTest::newRow("empty group") << "192.168..1" << int(QValidator::Intermediate);
+        QTest::newRow("blanks around digits") << " 10. 0 .0  .7 " << int(QValidator::Acceptable);
+        QTest::newRow("all zero") << "0.0.0.0" << int(QValidator::Invalid);
+        QTest::newRow("zero but the last") << "0.0.0.1" << int(QValidator::Acceptable);
+        QTest::newRow("letters") << "10.a.0.1" << int(QValidator::Invalid);
+        QTest::newRow("leading zeros") << "010.001.000.255" << int(QValidator::Acceptable);
+        QTest::newRow("empty") << "" << int(QValidator::Intermediate);
+    }
 
-    lamp.MIDIActive();
-    QCOMPARE(Pixels(lamp), lit);
-    lamp.TimerFired();
-    QCOMPARE(Pixels(lamp), dark);
+    void ValidatorRatesAddresses()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, state);
+        cIPAddressValidator validator;
+        QString edited = text;
+        int pos = 3;
+        QCOMPARE(int(validator.validate(edited, pos)), state);
+        QCOMPARE(edited, text);
+        QCOMPARE(pos, 3);
+    }
 
-    // Activity restarts the timer, which then goes on clearing the lamp.
-    lamp.MIDIActive();
-    QCOMPARE(Pixels(lamp), lit);
-    QTRY_COMPARE_WITH_TIMEOUT(Pixels(lamp), dark, 2000);
-    lamp.MIDIActive();
-    QTRY_COMPARE_WITH_TIMEOUT(Pixels(lamp), dark, 2000);
-}
+    void LampPaintsFrameAndFlashes()
+    {
+        cMIDIActiveWidget lamp;
+        lamp.setFixedSize(10, 10);
+
+        const QStringList dark = {
+            "#########.", "#.......#.", "#.......#.", "#.......#.", "#.......#.",
+            "#.......#.", "#.......#.", "#.......#.", "#########.", ".........."};
+        const QStringList lit = {
+            "#########.", "#.......#.", "#.#####.#.", "#.#####.#.", "#.#####.#.",
+            "#.#####.#.", "#.#####.#.", "#.......#.", "#########.", ".........."};
+        QCOMPARE(Pixels(lamp), dark);
+
+        lamp.MIDIActive();
+        QCOMPARE(Pixels(lamp), lit);
+        lamp.TimerFired();
+        QCOMPARE(Pixels(lamp), dark);
+
+        // Activity restarts the timer, which then goes on clearing the lamp.
+        lamp.MIDIActive();
+        QCOMPARE(Pixels(lamp), lit);
+        QTRY_COMPARE_WITH_TIMEOUT(Pixels(lamp), dark, 2000);
+        lamp.MIDIActive();
+        QTRY_COMPARE_WITH_TIMEOUT(Pixels(lamp), dark, 2000);
+    }
+};
 
 QTEST_MAIN(cTestGuiWidgets)
 #include "test_gui_widgets.moc"

@@ -12,12 +12,10 @@
 #include "support/MixerSimProcess.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QCheckBox>
 #include <QDesktopServices>
 #include <QDir>
 #include <QMenu>
-#include <QMessageBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QRadioButton>
@@ -25,7 +23,6 @@
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <QUrl>
 
 namespace
@@ -129,304 +126,278 @@ class cTestGuiWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void FreshStartSelectsDefaults();
-    void TrayMenuShowsWindowAboutAndHelp();
-    void StoredMixerTypeIsSelected_data();
-    void StoredMixerTypeIsSelected();
-    void EachMixerTypeKeepsItsChoices();
-    void ProtocolAndChannelDriveTranslation();
-    void AbsentPortStaysConfigured();
-    void ConnectFollowsAddress();
-    void FindsConnectsAndTranslatesWithMixerSim();
+    void initTestCase()
+    {
+        QVERIFY(settingsDirectory.isValid());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDirectory.path());
+        QCoreApplication::setOrganizationName(ORGANISATION_NAME_STRING);
+        QCoreApplication::setOrganizationDomain(ORGANISATION_DOMAIN_STRING);
+        QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
+    }
+
+    void init()
+    {
+        QSettings().clear();
+    }
+
+    void FreshStartSelectsDefaults()
+    {
+        cWindowUnderTest t;
+        QCOMPARE(t.window->windowTitle(), QStringLiteral("Tessera"));
+        QVERIFY(!t.window->isVisible());
+        QCOMPARE(Items(t.Mixer()), QStringList({"KVR-8", "Tx-16"}));
+        QCOMPARE(t.Mixer()->currentText(), QStringLiteral("KVR-8"));
+        QCOMPARE(Items(t.Protocol()), QStringList({"Fader Protocol", "Note Protocol", "Unmapped Protocol"}));
+        QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Fader Protocol"));
+        QCOMPARE(t.Channel()->count(), 16);
+        QCOMPARE(t.Channel()->currentText(), QStringLiteral("2"));
+        QVERIFY(t.MIDIPorts()->isChecked());
+        QCOMPARE(Items(t.Input()), QStringList({"-"}));
+        QCOMPARE(Items(t.Output()), QStringList({"-"}));
+        QCOMPARE(t.Units()->itemText(0), CUSTOM_UNIT_STRING);
+        QCOMPARE(t.Address()->text(), QStringLiteral("192.168.1.1"));
+        QVERIFY(t.Connect()->isEnabled());
+        QVERIFY(!t.Connect()->isChecked());
+        QVERIFY(t.Input()->isVisibleTo(t.window.get()));
+        QVERIFY(!t.Units()->isVisibleTo(t.window.get()));
+
+        QSettings settings;
+        QCOMPARE(settings.value("MixerType").toString(), QStringLiteral("KVR-8"));
+        QCOMPARE(settings.value("KVR-8/Mode").toString(), QStringLiteral("MIDI"));
+        QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 1u);
+    }
+
+    void TrayMenuShowsWindowAndHelp()
+    {
+        cWindowUnderTest t;
+        QSystemTrayIcon* trayIcon = t.window->findChild<QSystemTrayIcon*>();
+        QVERIFY(trayIcon);
+        QVERIFY(!trayIcon->icon().isNull());
+        QMenu* menu = trayIcon->contextMenu();
+        QStringList texts;
+        for (QAction* action : menu->actions())
+        {
+            texts.append(action->isSeparator() ? QStringLiteral("--") : action->text());
+        }
+        QCOMPARE(texts, QStringList({"&Show Preferences", "--", "&Help", "&About", "--", "&Quit"}));
+
+        // Only a double click on the icon opens the window.
+        emit trayIcon->activated(QSystemTrayIcon::Trigger);
+        emit trayIcon->activated(QSystemTrayIcon::MiddleClick);
+        QVERIFY(!t.window->isVisible());
+        emit trayIcon->activated(QSystemTrayIcon::DoubleClick);
+        QVERIFY(t.window->isVisible());
+        t.window->close();
+        QVERIFY(!t.window->isVisible());
+        menu->actions().at(0)->trigger();
+        QVERIFY(t.window->isVisible());
+
+        QDesktopServices::setUrlHandler("file", this, "OpenUrl");
+        menu->actions().at(2)->trigger();
+        QDesktopServices::unsetUrlHandler("file");
+        QCOMPARE(openedUrls.size(), 1);
+        // The path keeps the executable directory's own leading slash after
+        // "file:///"; the desktop's handler reads the doubled slash as one.
+        QCOMPARE(openedUrls.at(0).scheme(), QStringLiteral("file"));
+        QCOMPARE(QDir::cleanPath(openedUrls.at(0).toLocalFile()),
+            QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../Resources/HelpManual.pdf"));
+    }
+
+    void StoredMixerTypeIsSelected_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("selected");
+        QTest::newRow("earlier release's name") << "Tx" << "Tx-16";
+        QTest::newRow("other case") << "tx" << "KVR-8";
+        QTest::newRow("full name") << "Tx-16" << "Tx-16";
+        QTest::newRow("unknown") << "Nonesuch" << "KVR-8";
+    }
+
+    void StoredMixerTypeIsSelected()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, selected);
+        QSettings().setValue("MixerType", stored);
+        cWindowUnderTest t;
+        QCOMPARE(t.Mixer()->currentText(), selected);
+        QCOMPARE(QSettings().value("MixerType").toString(), selected);
+    }
+
+    void EachMixerTypeKeepsItsChoices()
+    {
+        cWindowUnderTest t({"Desk A", "Desk B"});
+        QCOMPARE(Items(t.Input()), QStringList({"-", "Desk A", "Desk B"}));
+        Choose(t.Input(), "Desk B");
+        Choose(t.Output(), "Desk A");
+        Choose(t.Channel(), "5");
+        Choose(t.Protocol(), "Note Protocol");
+
+        Choose(t.Mixer(), "Tx-16");
+        QCOMPARE(t.Input()->currentText(), QStringLiteral("-"));
+        QCOMPARE(t.Output()->currentText(), QStringLiteral("-"));
+        QCOMPARE(t.Channel()->currentText(), QStringLiteral("2"));
+        QVERIFY(t.MIDIPorts()->isChecked());
+        QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Note Protocol"));
+
+        t.TCPIP()->click();
+        QVERIFY(t.Units()->isVisibleTo(t.window.get()));
+        QVERIFY(!t.Input()->isVisibleTo(t.window.get()));
+        t.Address()->setText("127.0.0.1");
+        t.Connect()->click();
+        QVERIFY(t.Connect()->isChecked());
+        QVERIFY(!t.Address()->isEnabled());
+        QVERIFY(!t.Units()->isEnabled());
+
+        Choose(t.Mixer(), "KVR-8");
+        QVERIFY(t.MIDIPorts()->isChecked());
+        QCOMPARE(t.Input()->currentText(), QStringLiteral("Desk B"));
+        QCOMPARE(t.Output()->currentText(), QStringLiteral("Desk A"));
+        QCOMPARE(t.Channel()->currentText(), QStringLiteral("5"));
+        QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Note Protocol"));
+
+        Choose(t.Mixer(), "Tx-16");
+        QVERIFY(t.TCPIP()->isChecked());
+        QVERIFY(!t.Connect()->isChecked());
+        QCOMPARE(t.Units()->currentText(), CUSTOM_UNIT_STRING);
+        QCOMPARE(t.Address()->text(), QStringLiteral("127.0.0.1"));
+        QVERIFY(t.Address()->isEnabled());
+
+        QSettings settings;
+        QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitName").toString(), CUSTOM_UNIT_STRING);
+        QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitIP").toString(), QStringLiteral("127.0.0.1"));
+        QCOMPARE(settings.value("KVR-8/MIDI/InputPort").toString(), QStringLiteral("Desk B"));
+        QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 4u);
+        QCOMPARE(settings.value("DAWType").toString(), QStringLiteral("Note Protocol"));
+    }
+
+    void ProtocolAndChannelDriveTranslation()
+    {
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/MIDI/InputPort", "Desk"}, {"Tx-16/MIDI/OutputPort", "Desk"}});
+        QSettings settings;
+        cWindowUnderTest t({"Desk"});
+        QCOMPARE(t.Input()->currentText(), QStringLiteral("Desk"));
+
+        // Both channel variables of the rule file follow the choice: the rule
+        // listens on one and writes on the other.
+        Choose(t.Channel(), "3");
+        bool litWhileTranslating = false;
+        t.WatchInputLamp(litWhileTranslating);
+        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B20740"));
+        QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("b2 07 40"));
+        QTRY_VERIFY(litWhileTranslating);
+        QTRY_VERIFY(!LampIsLit(t.InputLamp()));
+
+        t.Port(DAW_PORT)->ReceiveMIDIData(QByteArray::fromHex("B00710"));
+        QCOMPARE(Written(t.Port("Desk")).toHex(' '), QByteArray("b2 07 10"));
+
+        // Another protocol is another rule file, with the channel applied again.
+        Choose(t.Protocol(), "Note Protocol");
+        QCOMPARE(t.Channel()->currentText(), QStringLiteral("3"));
+        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B20741"));
+        QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("92 01 41"));
+        QCOMPARE(settings.value("DAWType").toString(), QStringLiteral("Note Protocol"));
+        QCOMPARE(settings.value("Tx-16/MIDIChannel").toUInt(), 2u);
+    }
+
+    void AbsentPortStaysConfigured()
+    {
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/MIDI/InputPort", "Gone Port"}});
+        QSettings settings;
+        cWindowUnderTest t;
+        QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
+        QCOMPARE(t.Input()->currentIndex(), 1);
+
+        t.registry->AddSystemInputOutput("Gone Port");
+        QCOMPARE(Items(t.Input()), QStringList({"-", "Gone Port"}));
+        QCOMPARE(t.Input()->currentText(), QStringLiteral("Gone Port"));
+        t.Port("Gone Port")->ReceiveMIDIData(QByteArray::fromHex("B10722"));
+        QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("b1 07 22"));
+
+        t.registry->RemoveSystemInputOutput("Gone Port");
+        QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
+        QCOMPARE(settings.value("Tx-16/MIDI/InputPort").toString(), QStringLiteral("Gone Port"));
+
+        Choose(t.Input(), "-");
+        QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
+        QCOMPARE(settings.value("Tx-16/MIDI/InputPort").toString(), QString());
+    }
+
+    void ConnectFollowsAddress()
+    {
+        cWindowUnderTest t;
+        t.TCPIP()->click();
+        QCOMPARE(t.Status(), QStringLiteral("Not Connected"));
+        const QList<QPair<QString, bool>> cases = {
+            {"0.0.0.0", false}, {"0.0.0.1", true}, {"192.168..1", false}, {"10.1.1.1", true}, {"256.1.1.1", false}};
+        for (const auto& entry : cases)
+        {
+            t.Address()->setText(entry.first);
+            QVERIFY2(t.Connect()->isEnabled() == entry.second, qPrintable(entry.first));
+        }
+
+        // A unit that answers nothing: ticking tries, and leaving the mode
+        // unticks and tears the attempt down.
+        t.Address()->setText("127.0.0.1");
+        t.Connect()->click();
+        QVERIFY(t.Connect()->isChecked());
+        t.MIDIPorts()->click();
+        QVERIFY(!t.Connect()->isChecked());
+        QVERIFY(t.Units()->isEnabled());
+        QCOMPARE(t.Status(), QString());
+    }
+
+    void FindsConnectsAndTranslatesWithMixerSim()
+    {
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"DAWType", "Note Protocol"}});
+        QSettings settings;
+        cMixerSimProcess stageLeft({"--find", "TX Find", "--name", "Stage Left", "--address", "127.0.0.1"});
+        QVERIFY(stageLeft.IsListening());
+
+        cWindowUnderTest t;
+        QVERIFY(t.TCPIP()->isChecked());
+        QTRY_COMPARE_WITH_TIMEOUT(Items(t.Units()), QStringList({CUSTOM_UNIT_STRING, "Stage Left"}), 5000);
+        QCOMPARE(t.Units()->currentText(), QStringLiteral("Stage Left"));
+        QCOMPARE(t.Address()->text(), QStringLiteral("127.0.0.1"));
+        QVERIFY(!t.Address()->isEnabled());
+
+        t.Connect()->click();
+        QTRY_COMPARE(t.Status(), QStringLiteral("Connected"));
+        QVERIFY(stageLeft.WaitForLine("^connected "));
+        QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitName").toString(), QStringLiteral("Stage Left"));
+
+        // Another unit answering while connected does not touch the list.
+        cMixerSimProcess stageRight({"--find", "TX Find", "--name", "Stage Right", "--address", "127.0.0.2"});
+        QVERIFY(stageRight.WaitForLine("^answered "));
+        QTest::qWait(200);
+        QCOMPARE(Items(t.Units()), QStringList({CUSTOM_UNIT_STRING, "Stage Left"}));
+
+        bool litWhileTranslating = false;
+        t.WatchInputLamp(litWhileTranslating);
+        stageLeft.Input("B1 07 55");
+        QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("91 01 55"));
+        QTRY_VERIFY(litWhileTranslating);
+
+        t.MIDIPorts()->click();
+        QVERIFY(!t.Connect()->isChecked());
+        QVERIFY(stageLeft.WaitForLine("^disconnected"));
+
+        // Unconnected, the next discovery event brings the list up to date.
+        t.TCPIP()->click();
+        cMixerSimProcess stageCentre({"--find", "TX Find", "--name", "Stage Centre", "--address", "127.0.0.3"});
+        QTRY_COMPARE_WITH_TIMEOUT(t.Units()->count(), 4, 5000);
+        QVERIFY(Items(t.Units()).contains("Stage Right"));
+    }
 
 public slots:
-    void OpenUrl(const QUrl& url);
+    void OpenUrl(const QUrl& url)
+    {
+        openedUrls.append(url);
+    }
 
 private:
     QTemporaryDir settingsDirectory;
     QList<QUrl> openedUrls;
 };
-
-void cTestGuiWindow::OpenUrl(const QUrl& url)
-{
-    openedUrls.append(url);
-}
-
-void cTestGuiWindow::initTestCase()
-{
-    QVERIFY(settingsDirectory.isValid());
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDirectory.path());
-    QCoreApplication::setOrganizationName(ORGANISATION_NAME_STRING);
-    QCoreApplication::setOrganizationDomain(ORGANISATION_DOMAIN_STRING);
-    QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
-}
-
-void cTestGuiWindow::init()
-{
-    QSettings().clear();
-}
-
-void cTestGuiWindow::FreshStartSelectsDefaults()
-{
-    cWindowUnderTest t;
-    QCOMPARE(t.window->windowTitle(), QStringLiteral("Tessera"));
-    QVERIFY(!t.window->isVisible());
-    QCOMPARE(Items(t.Mixer()), QStringList({"KVR-8", "Tx-16"}));
-    QCOMPARE(t.Mixer()->currentText(), QStringLiteral("KVR-8"));
-    QCOMPARE(Items(t.Protocol()), QStringList({"Fader Protocol", "Note Protocol", "Unmapped Protocol"}));
-    QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Fader Protocol"));
-    QCOMPARE(t.Channel()->count(), 16);
-    QCOMPARE(t.Channel()->currentText(), QStringLiteral("2"));
-    QVERIFY(t.MIDIPorts()->isChecked());
-    QCOMPARE(Items(t.Input()), QStringList({"-"}));
-    QCOMPARE(Items(t.Output()), QStringList({"-"}));
-    QCOMPARE(t.Units()->itemText(0), CUSTOM_UNIT_STRING);
-    QCOMPARE(t.Address()->text(), QStringLiteral("192.168.1.1"));
-    QVERIFY(t.Connect()->isEnabled());
-    QVERIFY(!t.Connect()->isChecked());
-    QVERIFY(t.Input()->isVisibleTo(t.window.get()));
-    QVERIFY(!t.Units()->isVisibleTo(t.window.get()));
-
-    QSettings settings;
-    QCOMPARE(settings.value("MixerType").toString(), QStringLiteral("KVR-8"));
-    QCOMPARE(settings.value("KVR-8/Mode").toString(), QStringLiteral("MIDI"));
-    QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 1u);
-}
-
-void cTestGuiWindow::TrayMenuShowsWindowAboutAndHelp()
-{
-    cWindowUnderTest t;
-    QSystemTrayIcon* trayIcon = t.window->findChild<QSystemTrayIcon*>();
-    QVERIFY(trayIcon);
-    QVERIFY(!trayIcon->icon().isNull());
-    QMenu* menu = trayIcon->contextMenu();
-    QStringList texts;
-    for (QAction* action : menu->actions())
-    {
-        texts.append(action->isSeparator() ? QStringLiteral("--") : action->text());
-    }
-    QCOMPARE(texts, QStringList({"&Show Preferences", "--", "&Help", "&About", "--", "&Quit"}));
-
-    // Only a double click on the icon opens the window.
-    emit trayIcon->activated(QSystemTrayIcon::Trigger);
-    emit trayIcon->activated(QSystemTrayIcon::MiddleClick);
-    QVERIFY(!t.window->isVisible());
-    emit trayIcon->activated(QSystemTrayIcon::DoubleClick);
-    QVERIFY(t.window->isVisible());
-    t.window->close();
-    QVERIFY(!t.window->isVisible());
-    menu->actions().at(0)->trigger();
-    QVERIFY(t.window->isVisible());
-
-    QString aboutText;
-    QTimer::singleShot(0, [&aboutText]() {
-        QMessageBox* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (box)
-        {
-            aboutText = box->windowTitle() + QLatin1Char('|') + box->text();
-            box->accept();
-        }
-    });
-    menu->actions().at(3)->trigger();
-    QVERIFY2(aboutText.startsWith("About Tessera|Tessera 1.30\n"), qPrintable(aboutText));
-
-    QDesktopServices::setUrlHandler("file", this, "OpenUrl");
-    menu->actions().at(2)->trigger();
-    QDesktopServices::unsetUrlHandler("file");
-    QCOMPARE(openedUrls.size(), 1);
-    // The path keeps the executable directory's own leading slash after
-    // "file:///"; the desktop's handler reads the doubled slash as one.
-    QCOMPARE(openedUrls.at(0).scheme(), QStringLiteral("file"));
-    QCOMPARE(QDir::cleanPath(openedUrls.at(0).toLocalFile()),
-        QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../Resources/HelpManual.pdf"));
-}
-
-void cTestGuiWindow::StoredMixerTypeIsSelected_data()
-{
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<QString>("selected");
-    QTest::newRow("earlier release's name") << "Tx" << "Tx-16";
-    QTest::newRow("other case") << "tx" << "KVR-8";
-    QTest::newRow("full name") << "Tx-16" << "Tx-16";
-    QTest::newRow("unknown") << "Nonesuch" << "KVR-8";
-}
-
-void cTestGuiWindow::StoredMixerTypeIsSelected()
-{
-    QFETCH(QString, stored);
-    QFETCH(QString, selected);
-    QSettings().setValue("MixerType", stored);
-    cWindowUnderTest t;
-    QCOMPARE(t.Mixer()->currentText(), selected);
-    QCOMPARE(QSettings().value("MixerType").toString(), selected);
-}
-
-void cTestGuiWindow::EachMixerTypeKeepsItsChoices()
-{
-    cWindowUnderTest t({"Desk A", "Desk B"});
-    QCOMPARE(Items(t.Input()), QStringList({"-", "Desk A", "Desk B"}));
-    Choose(t.Input(), "Desk B");
-    Choose(t.Output(), "Desk A");
-    Choose(t.Channel(), "5");
-    Choose(t.Protocol(), "Note Protocol");
-
-    Choose(t.Mixer(), "Tx-16");
-    QCOMPARE(t.Input()->currentText(), QStringLiteral("-"));
-    QCOMPARE(t.Output()->currentText(), QStringLiteral("-"));
-    QCOMPARE(t.Channel()->currentText(), QStringLiteral("2"));
-    QVERIFY(t.MIDIPorts()->isChecked());
-    QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Note Protocol"));
-
-    t.TCPIP()->click();
-    QVERIFY(t.Units()->isVisibleTo(t.window.get()));
-    QVERIFY(!t.Input()->isVisibleTo(t.window.get()));
-    t.Address()->setText("127.0.0.1");
-    t.Connect()->click();
-    QVERIFY(t.Connect()->isChecked());
-    QVERIFY(!t.Address()->isEnabled());
-    QVERIFY(!t.Units()->isEnabled());
-
-    Choose(t.Mixer(), "KVR-8");
-    QVERIFY(t.MIDIPorts()->isChecked());
-    QCOMPARE(t.Input()->currentText(), QStringLiteral("Desk B"));
-    QCOMPARE(t.Output()->currentText(), QStringLiteral("Desk A"));
-    QCOMPARE(t.Channel()->currentText(), QStringLiteral("5"));
-    QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Note Protocol"));
-
-    Choose(t.Mixer(), "Tx-16");
-    QVERIFY(t.TCPIP()->isChecked());
-    QVERIFY(!t.Connect()->isChecked());
-    QCOMPARE(t.Units()->currentText(), CUSTOM_UNIT_STRING);
-    QCOMPARE(t.Address()->text(), QStringLiteral("127.0.0.1"));
-    QVERIFY(t.Address()->isEnabled());
-
-    QSettings settings;
-    QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitName").toString(), CUSTOM_UNIT_STRING);
-    QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitIP").toString(), QStringLiteral("127.0.0.1"));
-    QCOMPARE(settings.value("KVR-8/MIDI/InputPort").toString(), QStringLiteral("Desk B"));
-    QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 4u);
-    QCOMPARE(settings.value("DAWType").toString(), QStringLiteral("Note Protocol"));
-}
-
-void cTestGuiWindow::ProtocolAndChannelDriveTranslation()
-{
-    Store({{"MixerType", "Tx-16"}, {"Tx-16/MIDI/InputPort", "Desk"}, {"Tx-16/MIDI/OutputPort", "Desk"}});
-    QSettings settings;
-    cWindowUnderTest t({"Desk"});
-    QCOMPARE(t.Input()->currentText(), QStringLiteral("Desk"));
-
-    // Both channel variables of the rule file follow the choice: the rule
-    // listens on one and writes on the other.
-    Choose(t.Channel(), "3");
-    bool litWhileTranslating = false;
-    t.WatchInputLamp(litWhileTranslating);
-    t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B20740"));
-    QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("b2 07 40"));
-    QTRY_VERIFY(litWhileTranslating);
-    QTRY_VERIFY(!LampIsLit(t.InputLamp()));
-
-    t.Port(DAW_PORT)->ReceiveMIDIData(QByteArray::fromHex("B00710"));
-    QCOMPARE(Written(t.Port("Desk")).toHex(' '), QByteArray("b2 07 10"));
-
-    // Another protocol is another rule file, with the channel applied again.
-    Choose(t.Protocol(), "Note Protocol");
-    QCOMPARE(t.Channel()->currentText(), QStringLiteral("3"));
-    t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B20741"));
-    QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("92 01 41"));
-    QCOMPARE(settings.value("DAWType").toString(), QStringLiteral("Note Protocol"));
-    QCOMPARE(settings.value("Tx-16/MIDIChannel").toUInt(), 2u);
-}
-
-void cTestGuiWindow::AbsentPortStaysConfigured()
-{
-    Store({{"MixerType", "Tx-16"}, {"Tx-16/MIDI/InputPort", "Gone Port"}});
-    QSettings settings;
-    cWindowUnderTest t;
-    QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
-    QCOMPARE(t.Input()->currentIndex(), 1);
-
-    t.registry->AddSystemInputOutput("Gone Port");
-    QCOMPARE(Items(t.Input()), QStringList({"-", "Gone Port"}));
-    QCOMPARE(t.Input()->currentText(), QStringLiteral("Gone Port"));
-    t.Port("Gone Port")->ReceiveMIDIData(QByteArray::fromHex("B10722"));
-    QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("b1 07 22"));
-
-    t.registry->RemoveSystemInputOutput("Gone Port");
-    QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
-    QCOMPARE(settings.value("Tx-16/MIDI/InputPort").toString(), QStringLiteral("Gone Port"));
-
-    Choose(t.Input(), "-");
-    QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
-    QCOMPARE(settings.value("Tx-16/MIDI/InputPort").toString(), QString());
-}
-
-void cTestGuiWindow::ConnectFollowsAddress()
-{
-    cWindowUnderTest t;
-    t.TCPIP()->click();
-    QCOMPARE(t.Status(), QStringLiteral("Not Connected"));
-    const QList<QPair<QString, bool>> cases = {
-        {"0.0.0.0", false}, {"0.0.0.1", true}, {"192.168..1", false}, {"10.1.1.1", true}, {"256.1.1.1", false}};
-    for (const auto& entry : cases)
-    {
-        t.Address()->setText(entry.first);
-        QVERIFY2(t.Connect()->isEnabled() == entry.second, qPrintable(entry.first));
-    }
-
-    // A unit that answers nothing: ticking tries, and leaving the mode
-    // unticks and tears the attempt down.
-    t.Address()->setText("127.0.0.1");
-    t.Connect()->click();
-    QVERIFY(t.Connect()->isChecked());
-    t.MIDIPorts()->click();
-    QVERIFY(!t.Connect()->isChecked());
-    QVERIFY(t.Units()->isEnabled());
-    QCOMPARE(t.Status(), QString());
-}
-
-void cTestGuiWindow::FindsConnectsAndTranslatesWithMixerSim()
-{
-    Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"DAWType", "Note Protocol"}});
-    QSettings settings;
-    cMixerSimProcess stageLeft({"--find", "TX Find", "--name", "Stage Left", "--address", "127.0.0.1"});
-    QVERIFY(stageLeft.IsListening());
-
-    cWindowUnderTest t;
-    QVERIFY(t.TCPIP()->isChecked());
-    QTRY_COMPARE_WITH_TIMEOUT(Items(t.Units()), QStringList({CUSTOM_UNIT_STRING, "Stage Left"}), 5000);
-    QCOMPARE(t.Units()->currentText(), QStringLiteral("Stage Left"));
-    QCOMPARE(t.Address()->text(), QStringLiteral("127.0.0.1"));
-    QVERIFY(!t.Address()->isEnabled());
-
-    t.Connect()->click();
-    QTRY_COMPARE(t.Status(), QStringLiteral("Connected"));
-    QVERIFY(stageLeft.WaitForLine("^connected "));
-    QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitName").toString(), QStringLiteral("Stage Left"));
-
-    // Another unit answering while connected does not touch the list.
-    cMixerSimProcess stageRight({"--find", "TX Find", "--name", "Stage Right", "--address", "127.0.0.2"});
-    QVERIFY(stageRight.WaitForLine("^answered "));
-    QTest::qWait(200);
-    QCOMPARE(Items(t.Units()), QStringList({CUSTOM_UNIT_STRING, "Stage Left"}));
-
-    bool litWhileTranslating = false;
-    t.WatchInputLamp(litWhileTranslating);
-    stageLeft.Input("B1 07 55");
-    QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("91 01 55"));
-    QTRY_VERIFY(litWhileTranslating);
-
-    t.MIDIPorts()->click();
-    QVERIFY(!t.Connect()->isChecked());
-    QVERIFY(stageLeft.WaitForLine("^disconnected"));
-
-    // Unconnected, the next discovery event brings the list up to date.
-    t.TCPIP()->click();
-    cMixerSimProcess stageCentre({"--find", "TX Find", "--name", "Stage Centre", "--address", "127.0.0.3"});
-    QTRY_COMPARE_WITH_TIMEOUT(t.Units()->count(), 4, 5000);
-    QVERIFY(Items(t.Units()).contains("Stage Right"));
-}
 
 QTEST_MAIN(cTestGuiWindow)
 #include "test_gui_window.moc"

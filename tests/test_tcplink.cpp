@@ -34,6 +34,13 @@ bool WaitForLastText(QSignalSpy& spy, const QString& text)
     return QTest::qWaitFor([&]() { return !spy.isEmpty() && spy.last().at(0).toString() == text; }, 5000);
 }
 
+// Connects the link to the simulated mixer and waits until both ends see it.
+bool ConnectTo(cMixerSimProcess& sim, cTCPMIDIInptOutput& link, QSignalSpy& texts)
+{
+    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+    return sim.WaitForLine(QStringLiteral("^connected ")) && WaitForLastText(texts, QStringLiteral("Connected"));
+}
+
 QByteArray ReadWhenReady(cTCPMIDIInptOutput& link, QSignalSpy& readReady)
 {
     QByteArray data;
@@ -50,192 +57,178 @@ class TestTCPLink : public QObject
 {
     Q_OBJECT
 private slots:
-    void ConnectExchangePeerCloseAndReconnect();
-    void BurstIsReadInBoundedSteps();
-    void ConnectTwiceAnnouncesTeardownFirst();
-    void FailedAttemptsEndNotConnected();
-    void MixerGreetsAndEchoes();
-    void MixerStoppedBySignal_data();
-    void MixerStoppedBySignal();
-};
-
-void TestTCPLink::ConnectExchangePeerCloseAndReconnect()
-{
-    cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
-    QVERIFY(sim.IsListening());
-
-    cTCPMIDIInptOutput link;
-    QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
-    QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
-    QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
-    QByteArray early("\xB0\x07\x7F", 3);
-    link.WriteMIDIData(early);
-    QVERIFY(!link.IsConnected());
-
-    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
-    QCOMPARE(Texts(texts), QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
-    QVERIFY(link.IsConnected());
-    QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Connected"));
-    QVERIFY(sim.WaitForLine(QStringLiteral("^connected 127\\.0\\.0\\.1:")));
-
-    QByteArray toMixer("\xB0\x07\x7F\x90\x3C\x64", 6);
-    link.WriteMIDIData(toMixer);
-    QVERIFY(sim.WaitForLine(QStringLiteral(" in  B0 07 7F$")));
-    QVERIFY(sim.WaitForLine(QStringLiteral(" in  90 3C 64$")));
-
-    sim.Input(QStringLiteral("F0 43 10 3E 7F F7"));
-    QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\xF0\x43\x10\x3E\x7F\xF7", 6));
-
-    // The mixer goes away in the middle of a message: what came is delivered,
-    // and the link says so once and stays down.
-    texts.clear();
-    sim.Input(QStringLiteral("90 3C"));
-    QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\x90\x3C", 2));
-    sim.Input(QStringLiteral("close"));
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Not Connected")));
-    QCOMPARE(Texts(texts), QStringList({"Closing...", "Not Connected"}));
-    QVERIFY(!link.IsConnected());
-    QByteArray lost("\x80\x3C\x00", 3);
-    link.WriteMIDIData(lost);
-
-    texts.clear();
-    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
-    QCOMPARE(Texts(texts), QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
-    QVERIFY(sim.WaitForLine(QStringLiteral("^connected ")));
-    QByteArray afterReconnect("\xC0\x05", 2);
-    link.WriteMIDIData(afterReconnect);
-    QVERIFY(sim.WaitForLine(QStringLiteral(" in  C0 05$")));
-    QVERIFY(!sim.Lines().filter(QStringLiteral(" in  80 3C 00")).size());
-
-    texts.clear();
-    link.DisconnectFromHost();
-    QCOMPARE(Texts(texts).last(), QStringLiteral("Not Connected"));
-    QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
-    QVERIFY(sim.WaitForLine(QStringLiteral("^disconnected$")));
-    QVERIFY(sim.Stop());
-}
-
-void TestTCPLink::BurstIsReadInBoundedSteps()
-{
-    cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
-    QVERIFY(sim.IsListening());
-    cTCPMIDIInptOutput link;
-    QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
-    QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
-    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-    QVERIFY(sim.WaitForLine(QStringLiteral("^connected ")));
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
-
-    // 1000 Control Changes: B0 cc vv with cc and vv counting through 0..127.
-    QByteArray burst;
-    for (int i = 0; i < 1000; ++i)
+    void ConnectExchangePeerCloseAndReconnect()
     {
-        burst.append('\xB0').append(char(i % 128)).append(char((i * 7) % 128));
+        cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
+        QVERIFY(sim.IsListening());
+
+        cTCPMIDIInptOutput link;
+        QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
+        QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
+        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
+        QByteArray early("\xB0\x07\x7F", 3);
+        link.WriteMIDIData(early);
+        QVERIFY(!link.IsConnected());
+
+        link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+        QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
+        QCOMPARE(Texts(texts), QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
+        QVERIFY(link.IsConnected());
+        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Connected"));
+        QVERIFY(sim.WaitForLine(QStringLiteral("^connected 127\\.0\\.0\\.1:")));
+
+        QByteArray toMixer("\xB0\x07\x7F\x90\x3C\x64", 6);
+        link.WriteMIDIData(toMixer);
+        QVERIFY(sim.WaitForLine(QStringLiteral(" in  B0 07 7F$")));
+        QVERIFY(sim.WaitForLine(QStringLiteral(" in  90 3C 64$")));
+
+        sim.Input(QStringLiteral("F0 43 10 3E 7F F7"));
+        QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\xF0\x43\x10\x3E\x7F\xF7", 6));
+
+        // The mixer goes away in the middle of a message: what came is delivered,
+        // and the link says so once and stays down.
+        texts.clear();
+        sim.Input(QStringLiteral("90 3C"));
+        QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\x90\x3C", 2));
+        sim.Input(QStringLiteral("close"));
+        QVERIFY(WaitForLastText(texts, QStringLiteral("Not Connected")));
+        QCOMPARE(Texts(texts), QStringList({"Closing...", "Not Connected"}));
+        QVERIFY(!link.IsConnected());
+        QByteArray lost("\x80\x3C\x00", 3);
+        link.WriteMIDIData(lost);
+
+        texts.clear();
+        QVERIFY(ConnectTo(sim, link, texts));
+        QCOMPARE(Texts(texts), QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
+        QByteArray afterReconnect("\xC0\x05", 2);
+        link.WriteMIDIData(afterReconnect);
+        QVERIFY(sim.WaitForLine(QStringLiteral(" in  C0 05$")));
+        QVERIFY(!sim.Lines().filter(QStringLiteral(" in  80 3C 00")).size());
+
+        texts.clear();
+        link.DisconnectFromHost();
+        QCOMPARE(Texts(texts).last(), QStringLiteral("Not Connected"));
+        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
+        QVERIFY(sim.WaitForLine(QStringLiteral("^disconnected$")));
+        QVERIFY(sim.Stop());
     }
-    sim.Input(QString::fromLatin1(burst.toHex()));
-    QCOMPARE(ReadWhenReady(link, readReady), burst.left(1024));
-    // The rest waits in the socket until more bytes arrive.
-    QVERIFY(!readReady.wait(300));
-    QByteArray nothing("x");
-    link.ReadMIDIData(nothing);
-    QVERIFY(nothing.isEmpty());
 
-    sim.Input(QStringLiteral("F8"));
-    QCOMPARE(ReadWhenReady(link, readReady), burst.mid(1024, 1024));
-    sim.Input(QStringLiteral("FE"));
-    QCOMPARE(ReadWhenReady(link, readReady), burst.mid(2048) + QByteArray("\xF8\xFE", 2));
-}
+    void BurstIsReadInBoundedSteps()
+    {
+        cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
+        QVERIFY(sim.IsListening());
+        cTCPMIDIInptOutput link;
+        QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
+        QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
+        QVERIFY(ConnectTo(sim, link, texts));
 
-void TestTCPLink::ConnectTwiceAnnouncesTeardownFirst()
-{
-    cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
-    QVERIFY(sim.IsListening());
-    cTCPMIDIInptOutput link;
-    QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
-    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
-    QStringList said = Texts(texts);
-    said.removeDuplicates();
-    QCOMPARE(said, QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
-    const QStringList all = Texts(texts);
-    const int secondAttempt = all.lastIndexOf(QStringLiteral("Looking up host"));
-    QVERIFY(secondAttempt > 1);
-    QCOMPARE(all.at(secondAttempt - 1), QStringLiteral("Not Connected"));
-    QCOMPARE(all.count(QStringLiteral("Connected")), 1);
+        // 1000 Control Changes: B0 cc vv with cc and vv counting through 0..127.
+        QByteArray burst;
+        for (int i = 0; i < 1000; ++i)
+        {
+            burst.append('\xB0').append(char(i % 128)).append(char((i * 7) % 128));
+        }
+        sim.Input(QString::fromLatin1(burst.toHex()));
+        QCOMPARE(ReadWhenReady(link, readReady), burst.left(1024));
+        // The rest waits in the socket until more bytes arrive.
+        QVERIFY(!readReady.wait(300));
+        QByteArray nothing("x");
+        link.ReadMIDIData(nothing);
+        QVERIFY(nothing.isEmpty());
 
-    QByteArray bytes("\xB0\x01\x02", 3);
-    link.WriteMIDIData(bytes);
-    QVERIFY(sim.WaitForLine(QStringLiteral(" in  B0 01 02$")));
-}
+        sim.Input(QStringLiteral("F8"));
+        QCOMPARE(ReadWhenReady(link, readReady), burst.mid(1024, 1024));
+        sim.Input(QStringLiteral("FE"));
+        QCOMPARE(ReadWhenReady(link, readReady), burst.mid(2048) + QByteArray("\xF8\xFE", 2));
+    }
 
-void TestTCPLink::FailedAttemptsEndNotConnected()
-{
-    cTCPMIDIInptOutput link;
-    QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
-    link.ConnectToHost(QHostAddress(CLOSED_ADDRESS));
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Not Connected")));
-    QVERIFY(Texts(texts).contains(QStringLiteral("Connecting...")));
-    QVERIFY(!link.IsConnected());
-    QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
+    void ConnectTwiceAnnouncesTeardownFirst()
+    {
+        cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
+        QVERIFY(sim.IsListening());
+        cTCPMIDIInptOutput link;
+        QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
+        link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+        link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+        QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
+        QStringList said = Texts(texts);
+        said.removeDuplicates();
+        QCOMPARE(said, QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
+        const QStringList all = Texts(texts);
+        const int secondAttempt = all.lastIndexOf(QStringLiteral("Looking up host"));
+        QVERIFY(secondAttempt > 1);
+        QCOMPARE(all.at(secondAttempt - 1), QStringLiteral("Not Connected"));
+        QCOMPARE(all.count(QStringLiteral("Connected")), 1);
 
-    // A host that never answers: the attempt hangs in the socket, not in us,
-    // and tearing it down is immediate.
-    texts.clear();
-    link.ConnectToHost(QHostAddress(SILENT_ADDRESS));
-    QTest::qWait(200);
-    QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Connecting..."));
-    QByteArray unsent("\x90\x40\x7F", 3);
-    link.WriteMIDIData(unsent);
-    QElapsedTimer clock;
-    clock.start();
-    link.DisconnectFromHost();
-    QVERIFY(clock.elapsed() < 1000);
-    QCOMPARE(Texts(texts).last(), QStringLiteral("Not Connected"));
-}
+        QByteArray bytes("\xB0\x01\x02", 3);
+        link.WriteMIDIData(bytes);
+        QVERIFY(sim.WaitForLine(QStringLiteral(" in  B0 01 02$")));
+    }
 
-void TestTCPLink::MixerGreetsAndEchoes()
-{
-    cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS, QStringLiteral("--echo"), QStringLiteral("--send"),
-                          QStringLiteral(TESSERA_TEST_DATA_DIR "/network/greeting.hex")});
-    QVERIFY(sim.IsListening());
-    cTCPMIDIInptOutput link;
-    QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
-    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-    QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\xF0\x7E\x00\x06\x02\x43\xF7\xB0\x07\x7F", 10));
-    QByteArray bytes("\x90\x40\x7F", 3);
-    link.WriteMIDIData(bytes);
-    QCOMPARE(ReadWhenReady(link, readReady), bytes);
-}
+    void FailedAttemptsEndNotConnected()
+    {
+        cTCPMIDIInptOutput link;
+        QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
+        link.ConnectToHost(QHostAddress(CLOSED_ADDRESS));
+        QVERIFY(WaitForLastText(texts, QStringLiteral("Not Connected")));
+        QVERIFY(Texts(texts).contains(QStringLiteral("Connecting...")));
+        QVERIFY(!link.IsConnected());
+        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
 
-void TestTCPLink::MixerStoppedBySignal_data()
-{
-    QTest::addColumn<int>("signalNumber");
-    QTest::newRow("SIGINT") << int(SIGINT);
-    QTest::newRow("SIGTERM") << int(SIGTERM);
-}
+        // A host that never answers: the attempt hangs in the socket, not in us,
+        // and tearing it down is immediate.
+        texts.clear();
+        link.ConnectToHost(QHostAddress(SILENT_ADDRESS));
+        QTest::qWait(200);
+        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Connecting..."));
+        QByteArray unsent("\x90\x40\x7F", 3);
+        link.WriteMIDIData(unsent);
+        QElapsedTimer clock;
+        clock.start();
+        link.DisconnectFromHost();
+        QVERIFY(clock.elapsed() < 1000);
+        QCOMPARE(Texts(texts).last(), QStringLiteral("Not Connected"));
+    }
 
-// The simulator leaves normally on a signal even with a peer connected, and
-// the link sees the mixer go.
-void TestTCPLink::MixerStoppedBySignal()
-{
-    QFETCH(int, signalNumber);
-    cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
-    QVERIFY(sim.IsListening());
-    cTCPMIDIInptOutput link;
-    QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
-    link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-    QVERIFY(sim.WaitForLine(QStringLiteral("^connected ")));
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
+    void MixerGreetsAndEchoes()
+    {
+        cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS, QStringLiteral("--echo"), QStringLiteral("--send"),
+                              QStringLiteral(TESSERA_TEST_DATA_DIR "/network/greeting.hex")});
+        QVERIFY(sim.IsListening());
+        cTCPMIDIInptOutput link;
+        QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
+        link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+        QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\xF0\x7E\x00\x06\x02\x43\xF7\xB0\x07\x7F", 10));
+        QByteArray bytes("\x90\x40\x7F", 3);
+        link.WriteMIDIData(bytes);
+        QCOMPARE(ReadWhenReady(link, readReady), bytes);
+    }
 
-    QCOMPARE(::kill(pid_t(sim.Process().processId()), signalNumber), 0);
-    QVERIFY(sim.Process().waitForFinished(5000));
-    QCOMPARE(sim.Process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(sim.Process().exitCode(), 0);
-    QVERIFY(WaitForLastText(texts, QStringLiteral("Not Connected")));
-}
+    void MixerStoppedBySignal_data()
+    {
+        QTest::addColumn<int>("signalNumber");
+        QTest::newRow("SIGINT") << int(SIGINT);
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+    }
+
+    // The simulator leaves normally on a signal even with a peer connected, and
+    // the link sees the mixer go.
+    void MixerStoppedBySignal()
+    {
+        QFETCH(int, signalNumber);
+        cMixerSimProcess sim({QStringLiteral("--address"), SIM_ADDRESS});
+        QVERIFY(sim.IsListening());
+        cTCPMIDIInptOutput link;
+        QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
+        QVERIFY(ConnectTo(sim, link, texts));
+
+        QCOMPARE(::kill(pid_t(sim.Process().processId()), signalNumber), 0);
+        QVERIFY(sim.Process().waitForFinished(5000));
+        QCOMPARE(sim.Process().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(sim.Process().exitCode(), 0);
+        QVERIFY(WaitForLastText(texts, QStringLiteral("Not Connected")));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestTCPLink)
 #include "test_tcplink.moc"
