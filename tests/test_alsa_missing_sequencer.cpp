@@ -13,35 +13,33 @@ class tAlsaMissingSequencer : public QObject
     Q_OBJECT
 
 private slots:
-    void RegistryStaysEmpty();
+    void RegistryStaysEmpty()
+    {
+        if (QFile::exists(QStringLiteral("/dev/snd/seq")))
+        {
+            QSKIP("this machine has a sequencer");
+        }
+        cStdoutCapture capture;
+        {
+            cSystemMIDIConfigurationALSA registry;
+            registry.CreateVirtualInputOutput(QStringLiteral("Tessera DAW"));
+            QCOMPARE(registry.GetNumberOfInputs(), 0);
+            QCOMPARE(registry.GetNumberOfOutputs(), 0);
+            QVERIFY(registry.GetSystemMIDIInputNames().isEmpty());
+            QVERIFY(registry.GetSystemMIDIOutputNames().isEmpty());
+            QVERIFY(!registry.GetMIDIInput(QStringLiteral("Midi Through:Midi Through Port-0")));
+            // The rule file's port still resolves; it just reaches nobody.
+            QByteArray bytes = QByteArray::fromHex("B00764");
+            registry.GetMIDIOutput(QStringLiteral("Tessera DAW"))->WriteMIDIData(bytes);
+            QVERIFY(registry.GetMIDIInput(QStringLiteral("Tessera DAW")));
+        }
+        const QStringList errors = capture.ErrorLines();
+        QCOMPARE(errors.size(), 1);
+        QVERIFY2(errors.at(0).contains(QRegularExpression(QStringLiteral(
+                     "^ERROR: Failed to open the ALSA sequencer: .+\t\\(Common/MIDI/SequencerALSA\\.cpp:\\d+\\)$"))),
+            qPrintable(errors.at(0)));
+    }
 };
-
-void tAlsaMissingSequencer::RegistryStaysEmpty()
-{
-    if (QFile::exists(QStringLiteral("/dev/snd/seq")))
-    {
-        QSKIP("this machine has a sequencer");
-    }
-    cStdoutCapture capture;
-    {
-        cSystemMIDIConfigurationALSA registry;
-        registry.CreateVirtualInputOutput(QStringLiteral("Tessera DAW"));
-        QCOMPARE(registry.GetNumberOfInputs(), 0);
-        QCOMPARE(registry.GetNumberOfOutputs(), 0);
-        QVERIFY(registry.GetSystemMIDIInputNames().isEmpty());
-        QVERIFY(registry.GetSystemMIDIOutputNames().isEmpty());
-        QVERIFY(!registry.GetMIDIInput(QStringLiteral("Midi Through:Midi Through Port-0")));
-        // The rule file's port still resolves; it just reaches nobody.
-        QByteArray bytes = QByteArray::fromHex("B00764");
-        registry.GetMIDIOutput(QStringLiteral("Tessera DAW"))->WriteMIDIData(bytes);
-        QVERIFY(registry.GetMIDIInput(QStringLiteral("Tessera DAW")));
-    }
-    const QStringList errors = capture.ErrorLines();
-    QCOMPARE(errors.size(), 1);
-    QVERIFY2(errors.at(0).contains(QRegularExpression(QStringLiteral(
-                 "^ERROR: Failed to open the ALSA sequencer: .+\t\\(Common/MIDI/SequencerALSA\\.cpp:\\d+\\)$"))),
-        qPrintable(errors.at(0)));
-}
 
 QTEST_GUILESS_MAIN(tAlsaMissingSequencer)
 #include "test_alsa_missing_sequencer.moc"

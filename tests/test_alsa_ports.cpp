@@ -51,113 +51,109 @@ class tAlsaPorts : public QObject
     Q_OBJECT
 
 private slots:
-    void SystemPortsComeAndGo();
-    void SystemPortsCarryMIDI();
-    void VirtualPortFacesTheDAW();
+    void SystemPortsComeAndGo()
+    {
+        cSequencerPeerALSA mixer("Test Mixer");
+        QVERIFY(mixer.IsOpen());
+        mixer.CreatePort("Console");
+        cSystemMIDIConfigurationALSA registry;
+        QVERIFY(registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test Mixer:Console")));
+        QVERIFY(registry.GetSystemMIDIOutputNames().contains(QStringLiteral("Test Mixer:Console")));
+
+        QSignalSpy inputAdded(&registry, &cSystemMIDIConfiguration::InputAddedSignal);
+        QSignalSpy outputAdded(&registry, &cSystemMIDIConfiguration::OutputAddedSignal);
+        QSignalSpy inputRemoved(&registry, &cSystemMIDIConfiguration::InputRemovedSignal);
+        QSignalSpy outputRemoved(&registry, &cSystemMIDIConfiguration::OutputRemovedSignal);
+        int stageBox = mixer.CreatePort("Stage Box");
+        QTRY_COMPARE_WITH_TIMEOUT(outputAdded.count(), 1, TIMEOUT);
+        QCOMPARE(inputAdded.count(), 1);
+        QCOMPARE(inputAdded.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
+        QCOMPARE(outputAdded.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
+        // Enumerated before the announcement arrived, listed once all the same.
+        QCOMPARE(registry.GetSystemMIDIInputNames().count(QStringLiteral("Test Mixer:Console")), 1);
+
+        // An opened input is still there when its removal is signalled, so that
+        // listeners can let go of it, and gone right after.
+        QPointer<cMIDIInput> opened = registry.GetMIDIInput(QStringLiteral("Test Mixer:Stage Box"));
+        QVERIFY(opened);
+        QVERIFY(registry.GetMIDIOutput(QStringLiteral("Test Mixer:Stage Box")));
+        bool openedWhenRemoved = false;
+        connect(&registry, &cSystemMIDIConfiguration::InputRemovedSignal, this,
+            [&] { openedWhenRemoved = !opened.isNull(); });
+        mixer.DeletePort(stageBox);
+        QTRY_COMPARE_WITH_TIMEOUT(outputRemoved.count(), 1, TIMEOUT);
+        QCOMPARE(inputRemoved.count(), 1);
+        QCOMPARE(inputRemoved.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
+        QCOMPARE(outputRemoved.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
+        QVERIFY(openedWhenRemoved);
+        QVERIFY(opened.isNull());
+        QVERIFY(!registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test Mixer:Stage Box")));
+        QVERIFY(!registry.GetMIDIInput(QStringLiteral("Test Mixer:Stage Box")));
+        QVERIFY(!registry.GetMIDIOutput(QStringLiteral("Test Mixer:Stage Box")));
+        QCOMPARE(registry.GetSystemMIDIOutputNames().count(QStringLiteral("Test Mixer:Console")), 1);
+    }
+
+    void SystemPortsCarryMIDI()
+    {
+        cSequencerPeerALSA mixer("Test Mixer");
+        int console = mixer.CreatePort("Console");
+        cSystemMIDIConfigurationALSA registry;
+
+        cMIDIInput* input = registry.GetMIDIInput(QStringLiteral("Test Mixer:Console"));
+        QVERIFY(input);
+        QSignalSpy readReady(input, &cMIDIInput::MIDIReadReady);
+        mixer.Send(console, SND_SEQ_ADDRESS_SUBSCRIBERS, SND_SEQ_ADDRESS_UNKNOWN, Hex("B007640A40F8903C7F") + SystemExclusive());
+        const QByteArray expected = Hex("B00764B00A40F8903C7F") + SystemExclusive();
+        QCOMPARE(ReadAtLeast(input, expected.size()), expected);
+        QVERIFY(readReady.count() > 0);
+
+        cMIDIOutput* output = registry.GetMIDIOutput(QStringLiteral("Test Mixer:Console"));
+        QVERIFY(output);
+        // A message cut between two writes goes out whole once complete.
+        for (QByteArray bytes : {Hex("C105D140E10040903C"), Hex("7F") + SystemExclusive()})
+        {
+            output->WriteMIDIData(bytes);
+        }
+        QCOMPARE(mixer.Receive(1009), Hex("C105D140E10040903C7F") + SystemExclusive());
+    }
+
+    void VirtualPortFacesTheDAW()
+    {
+        cSystemMIDIConfigurationALSA registry;
+        registry.CreateVirtualInputOutput(QStringLiteral("Tessera DAW"));
+        cSequencerPeerALSA daw("Test DAW");
+        int dawPort = daw.CreatePort("Sequencer");
+
+        snd_seq_port_info_t* info;
+        snd_seq_port_info_alloca(&info);
+        QVERIFY(daw.FindPort("Tessera", "Tessera DAW", info));
+        const unsigned int both = SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE
+            | SND_SEQ_PORT_CAP_SUBS_WRITE;
+        QCOMPARE(snd_seq_port_info_get_capability(info) & (both | SND_SEQ_PORT_CAP_NO_EXPORT), both);
+        QCOMPARE(snd_seq_port_info_get_type(info),
+            SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_SOFTWARE | SND_SEQ_PORT_TYPE_APPLICATION);
+        const int ourClient = snd_seq_port_info_get_client(info);
+        const int ourPort = snd_seq_port_info_get_port(info);
+
+        // Our own ports are never offered as system ports, under any name.
+        QTRY_VERIFY_WITH_TIMEOUT(registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test DAW:Sequencer")), TIMEOUT);
+        for (const QStringList& names : {registry.GetSystemMIDIInputNames(), registry.GetSystemMIDIOutputNames()})
+        {
+            QVERIFY(names.filter(QStringLiteral("Tessera")).isEmpty());
+        }
+
+        cMIDIInput* fromDAW = registry.GetMIDIInput(QStringLiteral("Tessera DAW"));
+        QSignalSpy readReady(fromDAW, &cMIDIInput::MIDIReadReady);
+        daw.Send(dawPort, ourClient, ourPort, SystemExclusive() + Hex("903C7F3E7F4000B007640A40"));
+        const QByteArray expected = SystemExclusive() + Hex("903C7F903E7F904000B00764B00A40");
+        QCOMPARE(ReadAtLeast(fromDAW, expected.size()), expected);
+
+        QVERIFY(daw.ConnectFrom(dawPort, ourClient, ourPort));
+        QByteArray bytes = Hex("E00040E07F7F") + SystemExclusive();
+        registry.GetMIDIOutput(QStringLiteral("Tessera DAW"))->WriteMIDIData(bytes);
+        QCOMPARE(daw.Receive(1006), Hex("E00040E07F7F") + SystemExclusive());
+    }
 };
-
-void tAlsaPorts::SystemPortsComeAndGo()
-{
-    cSequencerPeerALSA mixer("Test Mixer");
-    QVERIFY(mixer.IsOpen());
-    mixer.CreatePort("Console");
-    cSystemMIDIConfigurationALSA registry;
-    QVERIFY(registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test Mixer:Console")));
-    QVERIFY(registry.GetSystemMIDIOutputNames().contains(QStringLiteral("Test Mixer:Console")));
-
-    QSignalSpy inputAdded(&registry, &cSystemMIDIConfiguration::InputAddedSignal);
-    QSignalSpy outputAdded(&registry, &cSystemMIDIConfiguration::OutputAddedSignal);
-    QSignalSpy inputRemoved(&registry, &cSystemMIDIConfiguration::InputRemovedSignal);
-    QSignalSpy outputRemoved(&registry, &cSystemMIDIConfiguration::OutputRemovedSignal);
-    int stageBox = mixer.CreatePort("Stage Box");
-    QTRY_COMPARE_WITH_TIMEOUT(outputAdded.count(), 1, TIMEOUT);
-    QCOMPARE(inputAdded.count(), 1);
-    QCOMPARE(inputAdded.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
-    QCOMPARE(outputAdded.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
-    // Enumerated before the announcement arrived, listed once all the same.
-    QCOMPARE(registry.GetSystemMIDIInputNames().count(QStringLiteral("Test Mixer:Console")), 1);
-
-    // An opened input is still there when its removal is signalled, so that
-    // listeners can let go of it, and gone right after.
-    QPointer<cMIDIInput> opened = registry.GetMIDIInput(QStringLiteral("Test Mixer:Stage Box"));
-    QVERIFY(opened);
-    QVERIFY(registry.GetMIDIOutput(QStringLiteral("Test Mixer:Stage Box")));
-    bool openedWhenRemoved = false;
-    connect(&registry, &cSystemMIDIConfiguration::InputRemovedSignal, this,
-        [&] { openedWhenRemoved = !opened.isNull(); });
-    mixer.DeletePort(stageBox);
-    QTRY_COMPARE_WITH_TIMEOUT(outputRemoved.count(), 1, TIMEOUT);
-    QCOMPARE(inputRemoved.count(), 1);
-    QCOMPARE(inputRemoved.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
-    QCOMPARE(outputRemoved.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
-    QVERIFY(openedWhenRemoved);
-    QVERIFY(opened.isNull());
-    QVERIFY(!registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test Mixer:Stage Box")));
-    QVERIFY(!registry.GetMIDIInput(QStringLiteral("Test Mixer:Stage Box")));
-    QVERIFY(!registry.GetMIDIOutput(QStringLiteral("Test Mixer:Stage Box")));
-    QCOMPARE(registry.GetSystemMIDIOutputNames().count(QStringLiteral("Test Mixer:Console")), 1);
-}
-
-void tAlsaPorts::SystemPortsCarryMIDI()
-{
-    cSequencerPeerALSA mixer("Test Mixer");
-    int console = mixer.CreatePort("Console");
-    cSystemMIDIConfigurationALSA registry;
-
-    cMIDIInput* input = registry.GetMIDIInput(QStringLiteral("Test Mixer:Console"));
-    QVERIFY(input);
-    QSignalSpy readReady(input, &cMIDIInput::MIDIReadReady);
-    mixer.Send(console, SND_SEQ_ADDRESS_SUBSCRIBERS, SND_SEQ_ADDRESS_UNKNOWN, Hex("B007640A40F8903C7F") + SystemExclusive());
-    const QByteArray expected = Hex("B00764B00A40F8903C7F") + SystemExclusive();
-    QCOMPARE(ReadAtLeast(input, expected.size()), expected);
-    QVERIFY(readReady.count() > 0);
-
-    cMIDIOutput* output = registry.GetMIDIOutput(QStringLiteral("Test Mixer:Console"));
-    QVERIFY(output);
-    // A message cut between two writes goes out whole once complete.
-    for (QByteArray bytes : {Hex("C105D140E10040903C"), Hex("7F") + SystemExclusive()})
-    {
-        output->WriteMIDIData(bytes);
-    }
-    QCOMPARE(mixer.Receive(1009), Hex("C105D140E10040903C7F") + SystemExclusive());
-}
-
-void tAlsaPorts::VirtualPortFacesTheDAW()
-{
-    cSystemMIDIConfigurationALSA registry;
-    registry.CreateVirtualInputOutput(QStringLiteral("Tessera DAW"));
-    cSequencerPeerALSA daw("Test DAW");
-    int dawPort = daw.CreatePort("Sequencer");
-
-    snd_seq_port_info_t* info;
-    snd_seq_port_info_alloca(&info);
-    QVERIFY(daw.FindPort("Tessera", "Tessera DAW", info));
-    const unsigned int both = SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE
-        | SND_SEQ_PORT_CAP_SUBS_WRITE;
-    QCOMPARE(snd_seq_port_info_get_capability(info) & (both | SND_SEQ_PORT_CAP_NO_EXPORT), both);
-    QCOMPARE(snd_seq_port_info_get_type(info),
-        SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_SOFTWARE | SND_SEQ_PORT_TYPE_APPLICATION);
-    const int ourClient = snd_seq_port_info_get_client(info);
-    const int ourPort = snd_seq_port_info_get_port(info);
-
-    // Our own ports are never offered as system ports, under any name.
-    QTRY_VERIFY_WITH_TIMEOUT(registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test DAW:Sequencer")), TIMEOUT);
-    for (const QStringList& names : {registry.GetSystemMIDIInputNames(), registry.GetSystemMIDIOutputNames()})
-    {
-        QVERIFY(names.filter(QStringLiteral("Tessera")).isEmpty());
-    }
-
-    cMIDIInput* fromDAW = registry.GetMIDIInput(QStringLiteral("Tessera DAW"));
-    QSignalSpy readReady(fromDAW, &cMIDIInput::MIDIReadReady);
-    daw.Send(dawPort, ourClient, ourPort, SystemExclusive() + Hex("903C7F3E7F4000B007640A40"));
-    const QByteArray expected = SystemExclusive() + Hex("903C7F903E7F904000B00764B00A40");
-    QCOMPARE(ReadAtLeast(fromDAW, expected.size()), expected);
-
-    QVERIFY(daw.ConnectFrom(dawPort, ourClient, ourPort));
-    QByteArray bytes = Hex("E00040E07F7F") + SystemExclusive();
-    registry.GetMIDIOutput(QStringLiteral("Tessera DAW"))->WriteMIDIData(bytes);
-    QCOMPARE(daw.Receive(1006), Hex("E00040E07F7F") + SystemExclusive());
-}
 
 QTEST_GUILESS_MAIN(tAlsaPorts)
 #include "test_alsa_ports.moc"
