@@ -1,30 +1,9 @@
-// The window's small widgets: the address validator and the activity lamp as
-// it is painted. The window's own tests drive both inside the window.
+// The address validator on its own; the window's tests drive it, and the
+// activity lamps, inside the window.
 
 #include "Application/IPAddressValidator.h"
-#include "Application/MIDIActiveWidget.h"
 
 #include <QTest>
-
-namespace
-{
-// The lamp's pixels as painted, '#' for black and '.' for anything else.
-QStringList Pixels(cMIDIActiveWidget& lamp)
-{
-    const QImage image = lamp.grab().toImage();
-    QStringList rows;
-    for (int y = 0; y < image.height(); ++y)
-    {
-        QString row;
-        for (int x = 0; x < image.width(); ++x)
-        {
-            row += image.pixelColor(x, y) == Qt::black ? QLatin1Char('#') : QLatin1Char('.');
-        }
-        rows.append(row);
-    }
-    return rows;
-}
-}
 
 class cTestGuiWidgets : public QObject
 {
@@ -56,32 +35,6 @@ private slots:
         QCOMPARE(int(validator.validate(edited, pos)), state);
         QCOMPARE(edited, text);
         QCOMPARE(pos, 3);
-    }
-
-    void LampPaintsFrameAndFlashes()
-    {
-        cMIDIActiveWidget lamp;
-        lamp.setFixedSize(10, 10);
-
-        const QStringList dark = {
-            "#########.", "#.......#.", "#.......#.", "#.......#.", "#.......#.",
-            "#.......#.", "#.......#.", "#.......#.", "#########.", ".........."};
-        const QStringList lit = {
-            "#########.", "#.......#.", "#.#####.#.", "#.#####.#.", "#.#####.#.",
-            "#.#####.#.", "#.#####.#.", "#.......#.", "#########.", ".........."};
-        QCOMPARE(Pixels(lamp), dark);
-
-        lamp.MIDIActive();
-        QCOMPARE(Pixels(lamp), lit);
-        lamp.TimerFired();
-        QCOMPARE(Pixels(lamp), dark);
-
-        // Activity restarts the timer, which then goes on clearing the lamp.
-        lamp.MIDIActive();
-        QCOMPARE(Pixels(lamp), lit);
-        QTRY_COMPARE_WITH_TIMEOUT(Pixels(lamp), dark, 2000);
-        lamp.MIDIActive();
-        QTRY_COMPARE_WITH_TIMEOUT(Pixels(lamp), dark, 2000);
     }
 };
 

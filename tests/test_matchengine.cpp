@@ -58,6 +58,8 @@ private slots:
             << QStringList{"90 **", "9* 40"} << "91 40 90 40" << QStringList{"1:9040", "2:9040"};
         QTest::newRow("fork: older branch fires first")
             << QStringList{"9* 40", "91 40"} << "91 40 92 40" << QStringList{"1:9140", "2:9140", "1:9240"};
+        QTest::newRow("fork: the wildcard branch goes before an older literal one")
+            << QStringList{"91 40", "9* 40"} << "91 40" << QStringList{"2:9140", "1:9140"};
         QTest::newRow("shorter pattern fires, longer one goes on")
             << QStringList{"B0 07", "B0 07 40"} << "B0 07 40" << QStringList{"1:B007", "2:B00740"};
         QTest::newRow("different patterns in flight both fire")
