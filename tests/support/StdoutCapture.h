@@ -1,8 +1,8 @@
 #ifndef STDOUTCAPTURE_H
 #define STDOUTCAPTURE_H
 
-#include <QString>
 #include <QRegularExpression>
+#include <QString>
 #include <QStringList>
 
 #include <cstdio>
@@ -18,18 +18,18 @@
 class cStdoutCapture
 {
 public:
-    cStdoutCapture()
+    cStdoutCapture() : file(std::tmpfile())
     {
-        std::cout.flush();
-        std::fflush(stdout);
-        file = std::tmpfile();
+        Flush();
         savedDescriptor = dup(STDOUT_FILENO);
         dup2(fileno(file), STDOUT_FILENO);
     }
 
     ~cStdoutCapture()
     {
-        Restore();
+        Flush();
+        dup2(savedDescriptor, STDOUT_FILENO);
+        close(savedDescriptor);
         std::fclose(file);
     }
 
@@ -39,46 +39,29 @@ public:
     // Everything written so far; capture goes on.
     QString Text()
     {
-        std::cout.flush();
-        std::fflush(stdout);
-        std::fflush(file);
-        QByteArray bytes;
-        long end = std::ftell(file);
+        Flush();
+        QByteArray bytes(static_cast<int>(std::ftell(file)), '\0');
         std::rewind(file);
-        bytes.resize(static_cast<int>(end));
-        size_t got = std::fread(bytes.data(), 1, static_cast<size_t>(end), file);
-        bytes.resize(static_cast<int>(got));
+        bytes.resize(static_cast<int>(std::fread(bytes.data(), 1, static_cast<size_t>(bytes.size()), file)));
         std::fseek(file, 0, SEEK_END);
         return QString::fromLocal8Bit(bytes);
     }
 
-    QStringList Lines()
-    {
-        return Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    }
+    QStringList Lines() { return Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts); }
 
     // Only the error trace lines.
-    QStringList ErrorLines()
-    {
-        return Lines().filter(QRegularExpression(QStringLiteral("^ERROR: ")));
-    }
+    QStringList ErrorLines() { return Lines().filter(QRegularExpression(QStringLiteral("^ERROR: "))); }
 
 private:
-    void Restore()
+    void Flush()
     {
-        if (savedDescriptor < 0)
-        {
-            return;
-        }
         std::cout.flush();
         std::fflush(stdout);
-        dup2(savedDescriptor, STDOUT_FILENO);
-        close(savedDescriptor);
-        savedDescriptor = -1;
+        std::fflush(file);
     }
 
-    std::FILE* file = nullptr;
-    int savedDescriptor = -1;
+    std::FILE* file;
+    int savedDescriptor;
 };
 
 #endif
