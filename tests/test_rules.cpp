@@ -5,6 +5,7 @@
 #include <QJsonDocument>
 #include <QtTest>
 
+#include <algorithm>
 #include <memory>
 
 typedef std::vector<unsigned char> tBytes;
@@ -23,14 +24,13 @@ std::unique_ptr<cMIDITranslatorConfiguration> LoadCompileFile()
 
 cMIDITranslatorRule RuleNamed(const cMIDITranslatorConfiguration& configuration, const QString& name)
 {
-    for (const cMIDITranslatorRule& rule : configuration.GetMIDITranslatorRules())
+    const QList<cMIDITranslatorRule> rules = configuration.GetMIDITranslatorRules();
+    auto rule = std::find_if(rules.begin(), rules.end(), [&](const cMIDITranslatorRule& r) { return r.GetName() == name; });
+    if (rule == rules.end())
     {
-        if (rule.GetName() == name)
-        {
-            return rule;
-        }
+        qFatal("No rule %s", qPrintable(name));
     }
-    qFatal("No rule %s", qPrintable(name));
+    return *rule;
 }
 
 // "B 3 0 7 * *": one character per nibble, "*" for a wildcard.
