@@ -12,6 +12,8 @@
 
 namespace
 {
+const char* const SOURCE = "MIDITranslator/MIDITranslatorConfiguration.cpp";
+
 QString DataFile(const char* name)
 {
     return QStringLiteral(TESSERA_TEST_DATA_DIR "/config/") + QLatin1String(name);
@@ -167,8 +169,7 @@ private slots:
                 unknown = configuration->GetVariableValue(QStringLiteral("q"));
             });
         QCOMPARE(unknown, UBYTE(0));
-        QCOMPARE(errors.size(), 1);
-        QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Unknown Global Variable: \"q\"\t")));
+        QCOMPARE(errors, QStringList{ErrorFrom(SOURCE, "Unknown Global Variable: \"q\"")});
     }
 
     // The TCP link is the port that comes and goes in practice: it is registered
@@ -201,8 +202,7 @@ private slots:
                 configuration->MIDIMatchTriggered(-1, {0xB0, 0x07, 0x64});
             });
         QCOMPARE(fixture->Port("Tessera DAW")->TakeWrittenData().size(), 0);
-        QCOMPARE(errors.size(), 2);
-        QVERIFY(errors.at(0).startsWith(QStringLiteral("ERROR: Invalid Trigger Id: 4\t")));
+        QCOMPARE(errors, QStringList({ErrorFrom(SOURCE, "Invalid Trigger Id: 4"), ErrorFrom(SOURCE, "Invalid Trigger Id: -1")}));
     }
 
     void BadFileLeavesEmptyWorkingConfiguration_data()

@@ -121,8 +121,7 @@ private slots:
         const QStringList errors = ErrorLinesOf([&] { values = Load(json, ok).GetNumberOfValues(); });
         QVERIFY(!ok);
         QCOMPARE(values, 0);
-        QCOMPARE(errors.size(), 1);
-        QVERIFY2(errors.first().startsWith(ErrorPrefix(message)), qPrintable(errors.first()));
+        QCOMPARE(errors, QStringList{ErrorPrefix(message)});
     }
 
     // The first of two equal values is the one found; an unknown value, or a
@@ -147,10 +146,9 @@ private slots:
         QCOMPARE(unmatched.GetCurrentValueIndex(), 0);
         QCOMPARE(unmatched.GetCurrentValue(), UBYTE(9));
 
-        const QStringList errors = capture.ErrorLines();
-        QCOMPARE(errors.size(), 3);
-        QVERIFY(errors.at(0).startsWith(ErrorPrefix(QStringLiteral("Invalid value: 9"))));
-        QVERIFY(errors.at(1).startsWith(ErrorPrefix(QStringLiteral("Invalid value: 3"))));
+        const QString three = ErrorPrefix(QStringLiteral("Invalid value: 3"));
+        QCOMPARE(WithoutLineNumbers(capture.ErrorLines()),
+                 QStringList({ErrorPrefix(QStringLiteral("Invalid value: 9")), three, three}));
     }
 
     void BoundCheckIsGreaterThanOnly()
@@ -161,12 +159,8 @@ private slots:
         cStdoutCapture capture;
         QCOMPARE(variable.GetValueAtIndex(4), UBYTE(0));
         QCOMPARE(variable.GetNameAtIndex(4), QString());
-        const QStringList reported = capture.ErrorLines();
-        QCOMPARE(reported.size(), 2);
-        for (const QString& line : reported)
-        {
-            QVERIFY(line.startsWith(ErrorPrefix(QStringLiteral("Invalid index: 4 Number of values: 3"))));
-        }
+        const QString outside = ErrorPrefix(QStringLiteral("Invalid index: 4 Number of values: 3"));
+        QCOMPARE(WithoutLineNumbers(capture.ErrorLines()), QStringList({outside, outside}));
 
         // The count itself and negative indices pass the check unreported,
         // and still read nothing outside the list.
