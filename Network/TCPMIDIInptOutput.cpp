@@ -35,39 +35,47 @@ void cTCPMIDIInptOutput::ConnectToHost(QHostAddress address)
 
 void cTCPMIDIInptOutput::DisconnectFromHost()
 {
-    if (socket)
+    // The link is idle before anything is said: whoever hears the socket go
+    // may connect again (or disconnect) at once, and must find no socket of
+    // ours half torn down. The old socket is silenced, so its last states
+    // cannot be taken for the new one's, and it is deleted only once control
+    // is back in the event loop, as this may run inside one of its signals.
+    QTcpSocket* closing = socket;
+    socket = nullptr;
+    receivedData.clear();
+    if (closing)
     {
-        if (socket->state() == QAbstractSocket::HostLookupState || socket->state() == QAbstractSocket::ConnectingState)
+        closing->disconnect(this);
+        if (closing->state() == QAbstractSocket::HostLookupState || closing->state() == QAbstractSocket::ConnectingState)
         {
             // Nothing can have reached the mixer yet, and a graceful close
             // would first wait for the attempt to succeed or fail.
-            socket->abort();
+            closing->abort();
         }
-        socket->disconnectFromHost();
-        if (socket->state() != QAbstractSocket::UnconnectedState)
+        closing->disconnectFromHost();
+        if (closing->state() != QAbstractSocket::UnconnectedState)
         {
-            socket->waitForDisconnected(DISCONNECT_WAIT_MS);
+            closing->waitForDisconnected(DISCONNECT_WAIT_MS);
         }
-        // We may be inside one of the socket's own signals (an owner that
-        // reconnects on a state change), so it must not be deleted under its
-        // feet; silenced, it goes when control is back in the event loop.
-        socket->disconnect(this);
-        socket->abort();
-        socket->deleteLater();
+        closing->abort();
+        closing->deleteLater();
     }
-    socket = nullptr;
-    receivedData.clear();
     StateChanged(QAbstractSocket::UnconnectedState);
 }
 
 bool cTCPMIDIInptOutput::IsConnected() const
 {
-    return socket && socket->state() == QAbstractSocket::ConnectedState;
+    return GetSocketState() == QAbstractSocket::ConnectedState;
+}
+
+QAbstractSocket::SocketState cTCPMIDIInptOutput::GetSocketState() const
+{
+    return socket ? socket->state() : QAbstractSocket::UnconnectedState;
 }
 
 QString cTCPMIDIInptOutput::GetCurrentSocketStateDescription() const
 {
-    return GetSocketStateDescription(socket ? socket->state() : QAbstractSocket::UnconnectedState);
+    return GetSocketStateDescription(GetSocketState());
 }
 
 QString cTCPMIDIInptOutput::GetSocketStateDescription(QAbstractSocket::SocketState state)
@@ -111,7 +119,10 @@ void cTCPMIDIInptOutput::ReadMIDIData(QByteArray& data)
 
 void cTCPMIDIInptOutput::WriteMIDIData(QByteArray& data)
 {
-    if (socket)
+    // Bytes for a link that is not up are dropped. A socket still connecting
+    // would keep them and send them late, in a burst, once it is up (stale
+    // fader moves for the mixer), and flushing it would end the attempt.
+    if (IsConnected())
     {
         socket->write(data);
         // Hand the bytes to the system now rather than on the next pass of

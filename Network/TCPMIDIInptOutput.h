@@ -24,16 +24,19 @@ public:
 
     // Tears down any previous connection first (announcing "Not Connected"),
     // then starts connecting; progress arrives through StateStringChanged.
+    // Either may be called from a StateStringChanged handler.
     void ConnectToHost(QHostAddress address);
     // Blocks the event loop for at most a second while the socket closes.
     void DisconnectFromHost();
 
     bool IsConnected() const;
+    // UnconnectedState while there is no socket.
+    QAbstractSocket::SocketState GetSocketState() const;
     QString GetCurrentSocketStateDescription() const;
     static QString GetSocketStateDescription(QAbstractSocket::SocketState state);
 
     void ReadMIDIData(QByteArray& data) override;
-    // Passed to the socket whatever its state; dropped when there is none.
+    // Sent only while connected; dropped otherwise.
     void WriteMIDIData(QByteArray& data) override;
 
 signals:
