@@ -10,6 +10,7 @@
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "Network/MultiUnitFinder.h"
 #include "Network/TCPMIDIInptOutput.h"
+#include "Network/TCPMIDIReconnector.h"
 
 #include <QAction>
 #include <QApplication>
@@ -21,6 +22,7 @@
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QStatusBar>
+#include <QTimer>
 #include <QUrl>
 
 namespace
@@ -51,6 +53,25 @@ bool IsCustomUnit(const sUnit& unit)
 {
     return unit.name == CUSTOM_UNIT_STRING && unit.findString.isEmpty();
 }
+
+// The address field's mask pads groups with blanks and allows leading zeros,
+// which an address parser reads as octal ("010" as 8); stores written by
+// earlier releases may hold such text too. Each group is read as decimal.
+QHostAddress DottedDecimalAddress(const QString& text)
+{
+    QStringList groups = text.split(QLatin1Char('.'));
+    for (QString& group : groups)
+    {
+        bool isNumber = false;
+        const int value = group.trimmed().toInt(&isNumber, 10);
+        if (!isNumber)
+        {
+            return QHostAddress(text);
+        }
+        group = QString::number(value);
+    }
+    return QHostAddress(groups.join(QLatin1Char('.')));
+}
 }
 
 cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWidget* parent)
@@ -74,6 +95,12 @@ cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWid
     tcpMIDIInputOutput = new cTCPMIDIInptOutput(this);
     connect(tcpMIDIInputOutput, &cTCPMIDIInptOutput::StateStringChanged,
         this, &cMainWindow::TCPMIDIConnectionStateStringChanged);
+    tcpMIDIReconnector = new cTCPMIDIReconnector(tcpMIDIInputOutput, this);
+    connect(tcpMIDIReconnector, &cTCPMIDIReconnector::RetryScheduled, this, &cMainWindow::TCPMIDIRetryScheduled);
+    connectToSavedUnitTimer = new QTimer(this);
+    connectToSavedUnitTimer->setSingleShot(true);
+    connectToSavedUnitTimer->setInterval(0);
+    connect(connectToSavedUnitTimer, &QTimer::timeout, this, &cMainWindow::ConnectToSavedUnitIfWanted);
 
     multiUnitFinder = new cMultiUnitFinder(this);
     connect(multiUnitFinder, &cMultiUnitFinder::UnitFound, this, &cMainWindow::FoundUnitsChanged);
@@ -151,6 +178,8 @@ void cMainWindow::CreateUI()
     trayIconMenu = new QMenu(this);
     trayIconMenu->addAction(showPreferencesAction);
     trayIconMenu->addSeparator();
+    trayIconMenu->addAction(stayConnectedAction);
+    trayIconMenu->addSeparator();
     trayIconMenu->addAction(helpAction);
     trayIconMenu->addAction(aboutAction);
     trayIconMenu->addSeparator();
@@ -177,12 +206,18 @@ void cMainWindow::CreateUI()
 
     connect(trayIcon, &QSystemTrayIcon::activated, this, &cMainWindow::SystemTrayIconActivated);
     connect(ui->mConnectCheckBox, &QCheckBox::toggled, this, &cMainWindow::ConnectCheckBoxToggled);
+    // Only the user's own clicks: the program unticks it in many flows.
+    connect(ui->mConnectCheckBox, &QCheckBox::clicked, this, [this](bool checked) { connectHeldOff = !checked; });
 }
 
 void cMainWindow::CreateActions()
 {
     showPreferencesAction = new QAction(tr("&Show Preferences"), this);
     connect(showPreferencesAction, &QAction::triggered, this, &cMainWindow::ShowPreferences);
+    // Set from the settings when the mixer type changes, which does not trigger it.
+    stayConnectedAction = new QAction(tr("Stay Connected"), this);
+    stayConnectedAction->setCheckable(true);
+    connect(stayConnectedAction, &QAction::triggered, this, &cMainWindow::StayConnectedToggled);
     aboutAction = new QAction(tr("&About"), this);
     connect(aboutAction, &QAction::triggered, this, &cMainWindow::ShowAboutMessageBox);
     helpAction = new QAction(tr("&Help"), this);
@@ -247,8 +282,8 @@ void cMainWindow::SelectedMixerTypeChanged(int index)
     const QString mixerName = ui->mMixerTypeComboBox->itemText(index);
     QSettings().setValue(cSettingsKeys::GetMixerTypeKey(), mixerName);
     settingsKeys.SetMixerTypeString(mixerName);
-    customUnit.address = QHostAddress(
-        QSettings().value(settingsKeys.GetDefaultUnitIPAddressKey(), DEFAULT_UNIT_IP_ADDRESS).toString());
+    stayConnectedAction->setChecked(QSettings().value(settingsKeys.GetTryConnectKey(), false).toBool());
+    customUnit.address = GetSavedUnitAddress();
 
     {
         const QSignalBlocker blocker(ui->mDAWTypeComboBox);
@@ -375,6 +410,7 @@ void cMainWindow::MixerConnectionModeToggled()
         registry->disconnect(this);
         translatorConfiguration->SetMixerInputPortName(QString::fromLatin1(TCP_MIDI_PORT_NAME));
         translatorConfiguration->SetMixerOutputPortName(QString::fromLatin1(TCP_MIDI_PORT_NAME));
+        connectToSavedUnitTimer->start();
     }
 }
 
@@ -451,8 +487,10 @@ void cMainWindow::MixerMIDIPortSelected(QComboBox* comboBox, int index, const QS
 void cMainWindow::FoundUnitsChanged()
 {
     // While connected the list stays as it is, so the connected unit cannot
-    // vanish from under the user.
-    if (tcpMIDIInputOutput->IsConnected())
+    // vanish from under the user. While retrying too, so that the saved unit
+    // is still tried after it has stopped answering; only its answering again
+    // (perhaps from a new address) has it taken at once where it answers.
+    if (tcpMIDIInputOutput->IsConnected() || (tcpMIDIReconnector->IsKeeping() && !IsSavedUnitAnsweringAnew()))
     {
         return;
     }
@@ -475,8 +513,24 @@ void cMainWindow::FoundUnitsChanged()
         SelectedUnitChanged(1);
         return;
     }
-    ForceSelectUnit(defaultUnitName, QHostAddress(
-        QSettings().value(settingsKeys.GetDefaultUnitIPAddressKey(), DEFAULT_UNIT_IP_ADDRESS).toString()));
+    ForceSelectUnit(defaultUnitName, GetSavedUnitAddress());
+    connectToSavedUnitTimer->start();
+}
+
+bool cMainWindow::IsSavedUnitAnsweringAnew() const
+{
+    const QString savedName = QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString();
+    const QList<sUnit> foundUnits = multiUnitFinder->GetFoundUnits();
+    for (const sUnit& unit : foundUnits)
+    {
+        if (unit.name == savedName)
+        {
+            // An attempt under way at that address is left to finish.
+            return unit.address != tcpMIDIReconnector->GetAddress()
+                || tcpMIDIInputOutput->GetSocketState() == QAbstractSocket::UnconnectedState;
+        }
+    }
+    return false;
 }
 
 bool cMainWindow::TrySelectUnit(QString name)
@@ -550,14 +604,13 @@ void cMainWindow::IPAddressChanged()
 
 QHostAddress cMainWindow::GetEnteredAddress() const
 {
-    // The mask pads groups with blanks and allows leading zeros, which an
-    // address parser could read as octal; rebuild the plain dotted form.
-    QStringList groups = ui->mIPAddressEdit->text().split(QLatin1Char('.'));
-    for (QString& group : groups)
-    {
-        group = QString::number(group.trimmed().toInt());
-    }
-    return QHostAddress(groups.join(QLatin1Char('.')));
+    return DottedDecimalAddress(ui->mIPAddressEdit->text());
+}
+
+QHostAddress cMainWindow::GetSavedUnitAddress() const
+{
+    return DottedDecimalAddress(
+        QSettings().value(settingsKeys.GetDefaultUnitIPAddressKey(), DEFAULT_UNIT_IP_ADDRESS).toString());
 }
 
 void cMainWindow::ConnectCheckBoxToggled(bool checked)
@@ -567,12 +620,18 @@ void cMainWindow::ConnectCheckBoxToggled(bool checked)
         const QHostAddress address = GetEnteredAddress();
         tcpMIDIInputOutput->ConnectToHost(address);
         QSettings().setValue(settingsKeys.GetDefaultUnitNameKey(), GetSelectedUnit().name);
-        QSettings().setValue(settingsKeys.GetDefaultUnitIPAddressKey(), ui->mIPAddressEdit->text());
+        // In the form connected to: the field's text may hold leading zeros.
+        QSettings().setValue(settingsKeys.GetDefaultUnitIPAddressKey(), address.toString());
         SetCustomUnitAddress(address);
         translatorConfiguration->SetTCPMIDIInputOutput(tcpMIDIInputOutput);
+        if (stayConnectedAction->isChecked())
+        {
+            tcpMIDIReconnector->Keep(address);
+        }
     }
     else
     {
+        tcpMIDIReconnector->Release();
         translatorConfiguration->SetTCPMIDIInputOutput(nullptr);
         tcpMIDIInputOutput->DisconnectFromHost();
     }
@@ -585,5 +644,49 @@ void cMainWindow::TCPMIDIConnectionStateStringChanged(QString text)
     if (ui->mTCPIPRadioButton->isChecked())
     {
         statusBar()->showMessage(text);
+    }
+}
+
+void cMainWindow::TCPMIDIRetryScheduled(int delayMs)
+{
+    TCPMIDIConnectionStateStringChanged(tr("%1, next try in %2 s")
+        .arg(tcpMIDIInputOutput->GetCurrentSocketStateDescription())
+        .arg(delayMs / 1000.0));
+}
+
+void cMainWindow::StayConnectedToggled(bool checked)
+{
+    QSettings().setValue(settingsKeys.GetTryConnectKey(), checked);
+    if (!checked)
+    {
+        tcpMIDIReconnector->Release();
+        // No next try to announce any more.
+        TCPMIDIConnectionStateStringChanged(tcpMIDIInputOutput->GetCurrentSocketStateDescription());
+        return;
+    }
+    connectHeldOff = false;
+    if (ui->mConnectCheckBox->isChecked())
+    {
+        tcpMIDIReconnector->Keep(GetEnteredAddress());
+    }
+    else
+    {
+        connectToSavedUnitTimer->start();
+    }
+}
+
+void cMainWindow::ConnectToSavedUnitIfWanted()
+{
+    if (!stayConnectedAction->isChecked() || connectHeldOff || !ui->mTCPIPRadioButton->isChecked()
+        || ui->mConnectCheckBox->isChecked() || !ui->mConnectCheckBox->isEnabled())
+    {
+        return;
+    }
+    // The saved unit: found again under its saved name, or the custom entry,
+    // at the saved address either way.
+    const QString savedName = QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString();
+    if (!savedName.isEmpty() && GetSelectedUnit().name == savedName && GetEnteredAddress() == GetSavedUnitAddress())
+    {
+        ui->mConnectCheckBox->setChecked(true);
     }
 }

@@ -13,11 +13,13 @@
 class QAction;
 class QComboBox;
 class QMenu;
+class QTimer;
 class Ui_MainWindow;
 class cMIDITranslatorConfiguration;
 class cMultiUnitFinder;
 class cSystemMIDIConfiguration;
 class cTCPMIDIInptOutput;
+class cTCPMIDIReconnector;
 class cWidgetGroup;
 
 // The preferences window and the application's controller in one: it turns
@@ -53,6 +55,9 @@ public slots:
     void MixerMIDIInputSelected(int index);
     void MixerMIDIOutputSelected(int index);
     void TCPMIDIConnectionStateStringChanged(QString text);
+    void TCPMIDIRetryScheduled(int delayMs);
+    void StayConnectedToggled(bool checked);
+    void ConnectToSavedUnitIfWanted();
 
 private:
     void CreateMixerTypeComboBox();
@@ -77,6 +82,8 @@ private:
     void SetCustomUnitAddress(const QHostAddress& address);
     sUnit GetSelectedUnit() const;
     QHostAddress GetEnteredAddress() const;
+    QHostAddress GetSavedUnitAddress() const;
+    bool IsSavedUnitAnsweringAnew() const;
 
     Ui_MainWindow* ui;
     cWidgetGroup* midiPortsGroup;
@@ -86,9 +93,17 @@ private:
     cMixerDawMap mixerDawMap;
     cMIDITranslatorConfiguration* translatorConfiguration = nullptr;
     cTCPMIDIInptOutput* tcpMIDIInputOutput = nullptr;
+    cTCPMIDIReconnector* tcpMIDIReconnector = nullptr;
+    // Runs ConnectToSavedUnitIfWanted once the flows that may untick Connect
+    // or select the saved unit have settled, however many of them ran.
+    QTimer* connectToSavedUnitTimer = nullptr;
+    // The user unticked Connect: Stay Connected waits until the user ticks it
+    // again or turns the option back on.
+    bool connectHeldOff = false;
     cMultiUnitFinder* multiUnitFinder = nullptr;
 
     QAction* showPreferencesAction = nullptr;
+    QAction* stayConnectedAction = nullptr;
     QAction* aboutAction = nullptr;
     QAction* helpAction = nullptr;
     QAction* quitAction = nullptr;

@@ -54,3 +54,8 @@ QString cSettingsKeys::GetDefaultUnitIPAddressKey() const
 {
     return mixerTypeString + QStringLiteral("/Connection//DefaultUnitIP");
 }
+
+QString cSettingsKeys::GetTryConnectKey() const
+{
+    return mixerTypeString + QStringLiteral("/Connection/") + TRY_CONNECT_SETTING_STRING;
+}

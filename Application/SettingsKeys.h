@@ -3,8 +3,9 @@
 
 #include <QString>
 
-// Names of the reserved settings keys; nothing reads or writes them yet, they
-// are kept so that no later key is given one of these names by accident.
+// Names of the reserved settings keys; nothing reads or writes the first five
+// yet, they are kept so that no later key is given one of these names by
+// accident. The last is the "Stay Connected" choice.
 extern const QString CUSTOM_UNIT_SETTING_STRING;
 extern const QString USER_UNIT_SETTING_STRING;
 extern const QString HOST_NAME_SETTING_STRING;
@@ -30,6 +31,7 @@ public:
     QString GetMIDIOutputPortKey() const;
     QString GetDefaultUnitNameKey() const;
     QString GetDefaultUnitIPAddressKey() const;
+    QString GetTryConnectKey() const;
 
 private:
     QString mixerTypeString;

@@ -2,7 +2,7 @@
 // in-memory MIDI ports and a temporary settings store. The rule files and
 // the mixer map come from tests/data/gui, copied beside this test as the
 // program's resources. The window runs discovery, so this test runs inside
-// the private network namespace; its last case talks to mixer-sim.
+// the private network namespace; its last cases talk to mixer-sim.
 
 #include "Application/ApplicationStrings.h"
 #include "Application/MIDIActiveWidget.h"
@@ -18,12 +18,15 @@
 #include <QMenu>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QNetworkInterface>
 #include <QRadioButton>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace
 {
@@ -75,6 +78,16 @@ bool LampIsLit(QWidget* lamp)
     return lamp->grab().toImage().pixelColor(4, 4) == Qt::black;
 }
 
+// An address of this machine besides loopback, for a mixer that comes back
+// somewhere else on the network.
+QHostAddress OtherLocalAddress()
+{
+    const QList<QHostAddress> addresses = QNetworkInterface::allAddresses();
+    const auto other = std::find_if(addresses.begin(), addresses.end(),
+        [](const QHostAddress& a) { return a.protocol() == QAbstractSocket::IPv4Protocol && !a.isLoopback(); });
+    return other == addresses.end() ? QHostAddress() : *other;
+}
+
 // One window over its own in-memory registry; ports plugged in before it is
 // made are there when it starts, as on a real machine.
 class cWindowUnderTest
@@ -105,6 +118,12 @@ public:
     QLineEdit* Address() const { return Widget<QLineEdit>("mIPAddressEdit"); }
     QCheckBox* Connect() const { return Widget<QCheckBox>("mConnectCheckBox"); }
     QWidget* InputLamp() const { return Widget<QWidget>("mMixerMIDIInActiveWidget"); }
+    QAction* Action(const QString& text) const
+    {
+        const QList<QAction*> actions = window->findChildren<QAction*>();
+        const auto found = std::find_if(actions.begin(), actions.end(), [&](QAction* a) { return a->text() == text; });
+        return found == actions.end() ? nullptr : *found;
+    }
     // The lamp lights once the bytes are translated and goes dark one short
     // interval later: look at it in the first event after the translated
     // bytes come out.
@@ -179,7 +198,7 @@ private slots:
         {
             texts.append(action->isSeparator() ? QStringLiteral("--") : action->text());
         }
-        QCOMPARE(texts, QStringList({"&Show Preferences", "--", "&Help", "&About", "--", "&Quit"}));
+        QCOMPARE(texts, QStringList({"&Show Preferences", "--", "Stay Connected", "--", "&Help", "&About", "--", "&Quit"}));
 
         // Only a double click on the icon opens the window.
         emit trayIcon->activated(QSystemTrayIcon::Trigger);
@@ -189,11 +208,11 @@ private slots:
         QVERIFY(t.window->isVisible());
         t.window->close();
         QVERIFY(!t.window->isVisible());
-        menu->actions().at(0)->trigger();
+        t.Action("&Show Preferences")->trigger();
         QVERIFY(t.window->isVisible());
 
         QDesktopServices::setUrlHandler("file", this, "OpenUrl");
-        menu->actions().at(2)->trigger();
+        t.Action("&Help")->trigger();
         QDesktopServices::unsetUrlHandler("file");
         QCOMPARE(openedUrls.size(), 1);
         // The path keeps the executable directory's own leading slash after
@@ -242,7 +261,8 @@ private slots:
         t.TCPIP()->click();
         QVERIFY(t.Units()->isVisibleTo(t.window.get()));
         QVERIFY(!t.Input()->isVisibleTo(t.window.get()));
-        t.Address()->setText("127.0.0.1");
+        // Leading zeros are decimal, not octal, and saved as connected to.
+        t.Address()->setText("127.000.000.010");
         t.Connect()->click();
         QVERIFY(t.Connect()->isChecked());
         QVERIFY(!t.Address()->isEnabled());
@@ -259,12 +279,12 @@ private slots:
         QVERIFY(t.TCPIP()->isChecked());
         QVERIFY(!t.Connect()->isChecked());
         QCOMPARE(t.Units()->currentText(), CUSTOM_UNIT_STRING);
-        QCOMPARE(t.Address()->text(), QStringLiteral("127.0.0.1"));
+        QCOMPARE(t.Address()->text(), QStringLiteral("127.0.0.10"));
         QVERIFY(t.Address()->isEnabled());
 
         QSettings settings;
         QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitName").toString(), CUSTOM_UNIT_STRING);
-        QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitIP").toString(), QStringLiteral("127.0.0.1"));
+        QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitIP").toString(), QStringLiteral("127.0.0.10"));
         QCOMPARE(settings.value("KVR-8/MIDI/InputPort").toString(), QStringLiteral("Desk B"));
         QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 4u);
         QCOMPARE(settings.value("DAWType").toString(), QStringLiteral("Note Protocol"));
@@ -334,16 +354,6 @@ private slots:
             t.Address()->setText(entry.first);
             QVERIFY2(t.Connect()->isEnabled() == entry.second, qPrintable(entry.first));
         }
-
-        // A unit that answers nothing: ticking tries, and leaving the mode
-        // unticks and tears the attempt down.
-        t.Address()->setText("127.0.0.1");
-        t.Connect()->click();
-        QVERIFY(t.Connect()->isChecked());
-        t.MIDIPorts()->click();
-        QVERIFY(!t.Connect()->isChecked());
-        QVERIFY(t.Units()->isEnabled());
-        QCOMPARE(t.Status(), QString());
     }
 
     void FindsConnectsAndTranslatesWithMixerSim()
@@ -379,6 +389,8 @@ private slots:
 
         t.MIDIPorts()->click();
         QVERIFY(!t.Connect()->isChecked());
+        QVERIFY(t.Units()->isEnabled());
+        QCOMPARE(t.Status(), QString());
         QVERIFY(stageLeft.WaitForLine("^disconnected"));
 
         // Unconnected, the next discovery event brings the list up to date.
@@ -386,6 +398,64 @@ private slots:
         cMixerSimProcess stageCentre({"--find", "TX Find", "--name", "Stage Centre", "--address", "127.0.0.3"});
         QTRY_COMPARE_WITH_TIMEOUT(t.Units()->count(), 4, 5000);
         QVERIFY(Items(t.Units()).contains("Stage Right"));
+    }
+
+    void StayConnectedKeepsTheLinkToTheSavedUnit()
+    {
+        const QHostAddress elsewhere = OtherLocalAddress();
+        if (elsewhere.isNull())
+        {
+            QSKIP("No IPv4 address besides loopback for the mixer to come back at");
+        }
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"Tx-16/Connection/TryConnect", "true"},
+            {"Tx-16/Connection/DefaultUnitName", "Stage Left"}, {"Tx-16/Connection/DefaultUnitIP", "127.0.0.1"}});
+        const QStringList stageLeft({"--find", "TX Find", "--name", "Stage Left", "--address"});
+        auto sim = std::make_unique<cMixerSimProcess>(stageLeft + QStringList("127.0.0.1"));
+        QVERIFY(sim->IsListening());
+
+        // A new window connects by itself to the saved unit once it is found.
+        cWindowUnderTest t;
+        QVERIFY(t.Action("Stay Connected")->isChecked());
+        QTRY_COMPARE_WITH_TIMEOUT(t.Status(), QStringLiteral("Connected"), 10000);
+
+        // The mixer is switched off and comes back, at the same address, then
+        // at another where discovery finds it by name.
+        for (const QString& address : {QStringLiteral("127.0.0.1"), elsewhere.toString()})
+        {
+            sim.reset();
+            QTRY_VERIFY(t.Status().startsWith("Not Connected, next try in "));
+            QVERIFY(t.Connect()->isChecked());
+            sim = std::make_unique<cMixerSimProcess>(stageLeft + QStringList(address));
+            QTRY_COMPARE_WITH_TIMEOUT(t.Status(), QStringLiteral("Connected"), 10000);
+            t.Port(DAW_PORT)->ReceiveMIDIData(QByteArray::fromHex("B00733"));
+            QVERIFY(sim->WaitForLine(" in  B1 07 33$"));
+        }
+        QCOMPARE(t.Address()->text(), elsewhere.toString());
+
+        // A protocol change unticks Connect, and Tessera ticks it again.
+        Choose(t.Protocol(), "Note Protocol");
+        QVERIFY(sim->WaitForLine("^disconnected"));
+        QVERIFY(sim->WaitForLine("^connected "));
+
+        // The user unticking Connect stops the retries.
+        sim.reset();
+        QTRY_VERIFY(t.Status().startsWith("Not Connected, next try in "));
+        t.Connect()->click();
+        sim = std::make_unique<cMixerSimProcess>(stageLeft + QStringList(elsewhere.toString()));
+        QVERIFY(!sim->WaitForLine("^connected ", 1500));
+
+        // So does turning the option off: a drop leaves Connect ticked and the
+        // link down, as without the option.
+        t.Connect()->click();
+        QTRY_COMPARE(t.Status(), QStringLiteral("Connected"));
+        sim.reset();
+        QTRY_VERIFY(t.Status().startsWith("Not Connected, next try in "));
+        t.Action("Stay Connected")->trigger();
+        QCOMPARE(t.Status(), QStringLiteral("Not Connected"));
+        QCOMPARE(QSettings().value("Tx-16/Connection/TryConnect").toBool(), false);
+        sim = std::make_unique<cMixerSimProcess>(stageLeft + QStringList(elsewhere.toString()));
+        QVERIFY(!sim->WaitForLine("^connected ", 1500));
+        QVERIFY(t.Connect()->isChecked());
     }
 
 public slots:
