@@ -38,6 +38,7 @@ public slots:
     void ShowPreferences();
     void ShowAboutMessageBox();
     void OpenHelpManual();
+    void StartAtLoginTriggered(bool checked);
     void SystemTrayIconActivated(QSystemTrayIcon::ActivationReason reason);
 
     void SelectedMixerTypeChanged(int index);
@@ -90,6 +91,7 @@ private:
 
     QAction* showPreferencesAction = nullptr;
     QAction* aboutAction = nullptr;
+    QAction* startAtLoginAction = nullptr;
     QAction* helpAction = nullptr;
     QAction* quitAction = nullptr;
     QMenu* trayIconMenu = nullptr;
