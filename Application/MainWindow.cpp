@@ -1,6 +1,7 @@
 #include "Application/MainWindow.h"
 
 #include "Application/ApplicationStrings.h"
+#include "Application/AutostartEntry.h"
 #include "Application/IPAddressValidator.h"
 #include "Application/MIDIActiveWidget.h"
 #include "Application/WidgetGroup.h"
@@ -179,11 +180,18 @@ void cMainWindow::CreateUI()
     trayIconMenu->addAction(showPreferencesAction);
     trayIconMenu->addSeparator();
     trayIconMenu->addAction(stayConnectedAction);
+    trayIconMenu->addAction(startAtLoginAction);
     trayIconMenu->addSeparator();
     trayIconMenu->addAction(helpAction);
     trayIconMenu->addAction(aboutAction);
     trayIconMenu->addSeparator();
     trayIconMenu->addAction(quitAction);
+
+    // The entry may be added or removed behind the program's back, by the
+    // session's own settings or by hand: the tick is read afresh each time.
+    startAtLoginAction->setChecked(cAutostartEntry::Exists());
+    connect(trayIconMenu, &QMenu::aboutToShow, this,
+        [this]() { startAtLoginAction->setChecked(cAutostartEntry::Exists()); });
 
     trayIcon = new QSystemTrayIcon(this);
     trayIcon->setContextMenu(trayIconMenu);
@@ -220,6 +228,9 @@ void cMainWindow::CreateActions()
     connect(stayConnectedAction, &QAction::triggered, this, &cMainWindow::StayConnectedToggled);
     aboutAction = new QAction(tr("&About"), this);
     connect(aboutAction, &QAction::triggered, this, &cMainWindow::ShowAboutMessageBox);
+    startAtLoginAction = new QAction(tr("Start at Login"), this);
+    startAtLoginAction->setCheckable(true);
+    connect(startAtLoginAction, &QAction::triggered, this, &cMainWindow::StartAtLoginTriggered);
     helpAction = new QAction(tr("&Help"), this);
     connect(helpAction, &QAction::triggered, this, &cMainWindow::OpenHelpManual);
     quitAction = new QAction(tr("&Quit"), this);
@@ -256,6 +267,20 @@ void cMainWindow::OpenHelpManual()
     const QString path = QCoreApplication::applicationDirPath() + QDir::separator() + QStringLiteral("..")
         + QDir::separator() + QStringLiteral("Resources") + QDir::separator() + QStringLiteral("HelpManual.pdf");
     QDesktopServices::openUrl(QUrl(QStringLiteral("file:///") + path));
+}
+
+void cMainWindow::StartAtLoginTriggered(bool checked)
+{
+    if (checked)
+    {
+        cAutostartEntry::Create();
+    }
+    else
+    {
+        cAutostartEntry::Remove();
+    }
+    // A failure has been reported; the tick shows what is really there.
+    startAtLoginAction->setChecked(cAutostartEntry::Exists());
 }
 
 void cMainWindow::LoadSettings()

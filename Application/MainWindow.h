@@ -40,6 +40,7 @@ public slots:
     void ShowPreferences();
     void ShowAboutMessageBox();
     void OpenHelpManual();
+    void StartAtLoginTriggered(bool checked);
     void SystemTrayIconActivated(QSystemTrayIcon::ActivationReason reason);
 
     void SelectedMixerTypeChanged(int index);
@@ -105,6 +106,7 @@ private:
     QAction* showPreferencesAction = nullptr;
     QAction* stayConnectedAction = nullptr;
     QAction* aboutAction = nullptr;
+    QAction* startAtLoginAction = nullptr;
     QAction* helpAction = nullptr;
     QAction* quitAction = nullptr;
     QMenu* trayIconMenu = nullptr;

@@ -10,6 +10,7 @@
 #include "Common/MIDI/MIDIInputOutputMemory.h"
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
+#include "support/StdoutCapture.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -152,6 +153,8 @@ private slots:
         QCoreApplication::setOrganizationName(ORGANISATION_NAME_STRING);
         QCoreApplication::setOrganizationDomain(ORGANISATION_DOMAIN_STRING);
         QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
+        // The login entry goes beside the settings, not into the user's own.
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(settingsDirectory.path()));
     }
 
     void init()
@@ -198,7 +201,8 @@ private slots:
         {
             texts.append(action->isSeparator() ? QStringLiteral("--") : action->text());
         }
-        QCOMPARE(texts, QStringList({"&Show Preferences", "--", "Stay Connected", "--", "&Help", "&About", "--", "&Quit"}));
+        QCOMPARE(texts, QStringList({"&Show Preferences", "--", "Stay Connected", "Start at Login", "--", "&Help", "&About",
+                            "--", "&Quit"}));
 
         // Only a double click on the icon opens the window.
         emit trayIcon->activated(QSystemTrayIcon::Trigger);
@@ -220,6 +224,34 @@ private slots:
         QCOMPARE(openedUrls.at(0).scheme(), QStringLiteral("file"));
         QCOMPARE(QDir::cleanPath(openedUrls.at(0).toLocalFile()),
             QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../Resources/HelpManual.pdf"));
+    }
+
+    void StartAtLoginFollowsTheLoginEntry()
+    {
+        QDir config(settingsDirectory.path());
+        QFile entry(config.filePath("autostart/com.kestrel.Tessera.desktop"));
+        cWindowUnderTest t;
+        QMenu* menu = t.window->findChild<QSystemTrayIcon*>()->contextMenu();
+        QAction* startAtLogin = t.Action("Start at Login");
+        QVERIFY(!startAtLogin->isChecked());
+
+        // The session's own settings may add or remove the entry meanwhile:
+        // the menu shows what is there each time it opens.
+        QVERIFY(config.mkdir("autostart") && entry.open(QIODevice::WriteOnly));
+        entry.close();
+        emit menu->aboutToShow();
+        QVERIFY(startAtLogin->isChecked());
+        startAtLogin->trigger();
+        QVERIFY(!entry.exists() && !startAtLogin->isChecked());
+
+        // Where the entry cannot be written, the tick stays off, with the reason traced.
+        QFile blocker(config.filePath("autostart"));
+        QVERIFY(config.rmdir("autostart") && blocker.open(QIODevice::WriteOnly));
+        cStdoutCapture capture;
+        startAtLogin->trigger();
+        QVERIFY(!startAtLogin->isChecked());
+        QVERIFY(capture.Text().contains("ERROR: Could not write autostart entry: " + entry.fileName()));
+        QVERIFY(blocker.remove());
     }
 
     void StoredMixerTypeIsSelected_data()

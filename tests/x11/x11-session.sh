@@ -114,6 +114,15 @@ x11_wait_toplevel() {
     return 1
 }
 
+# Waits until the command given succeeds; fails after the timeout.
+x11_wait_until() {
+    local waited=0
+    until "$@"; do
+        ((waited++ < X11_TIMEOUT * 10)) || return 1
+        sleep 0.1
+    done
+}
+
 # Waits until a window is no longer shown.
 x11_wait_closed() {
     local waited=0
@@ -145,13 +154,16 @@ x11_start_in_tray() {
 }
 
 # Opens the tray icon's context menu and picks an entry by its mnemonic
-# ("s" for "&Show Preferences", "h" for "&Help", "q" for "&Quit"). A menu that
-# is still closing holds the pointer and would swallow the click, so the click
-# waits for it to be gone; and while the tray host is still placing a new icon
-# a click can land beside it, so an unanswered click is repeated, as a user
-# would.
+# ("s" for "&Show Preferences", "h" for "&Help", "q" for "&Quit"), or by
+# arrow keys for an entry without one ("Up Up Up Up Return": the fourth from
+# the bottom). The pointer leaves the menu first, so that the arrows start
+# from no highlighted entry. A menu that is still closing holds the pointer
+# and would swallow the click, so the click waits for it to be gone; and while
+# the tray host is still placing a new icon a click can land beside it, so an
+# unanswered click is repeated, as a user would.
 x11_tray_menu() {
-    local icon=$1 key=$2 waited=0 attempt
+    local icon=$1 waited=0 attempt
+    shift
     while [[ -n $(x11_toplevels menus) ]]; do
         ((waited++ < X11_TIMEOUT * 10)) || x11_fail "a menu stays open"
         sleep 0.1
@@ -160,7 +172,7 @@ x11_tray_menu() {
         xdotool mousemove --window "$icon" 4 4 click 3
         for ((waited = 0; waited < 30; waited++)); do
             if [[ -n $(x11_toplevels menus) ]]; then
-                xdotool key "$key"
+                xdotool mousemove --sync 0 0 key "$@"
                 return
             fi
             sleep 0.1

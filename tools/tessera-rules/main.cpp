@@ -13,41 +13,75 @@ namespace
 {
 const int EXIT_USAGE = 2;
 
+// The help texts are put together from these pieces, so that the full help
+// (which also becomes the manual page) and each command's own say the same.
+#define CHECK_USAGE "tessera-rules check FILE...\n"
+#define REPLAY_USAGE \
+    "tessera-rules replay FILE --in PORT [--set NAME=VALUE]... [--mixer-in NAME] [--mixer-out NAME]\n"
+
+#define CHECK_TEXT \
+    "Loads each rule file as Tessera does and prints every error the load reports,\n" \
+    "the rules it rejected, and a summary: virtual ports, aliases, variables and\n" \
+    "rules accepted, rules and variables rejected. A JSON syntax error is shown\n" \
+    "with its line and column.\n"
+
+#define REPLAY_TEXT \
+    "Loads FILE, sets the given global variables (VALUE decimal or 0x hexadecimal)\n" \
+    "and mixer ports, then reads standard input line by line. Each line holds MIDI\n" \
+    "bytes in hexadecimal separated by blanks ('#' starts a comment) and arrives as\n" \
+    "one read of the input PORT, named as a rule names it (\"Mixer In\" goes through\n" \
+    "the file's alias). Running status carries over from line to line. Every write\n" \
+    "to an outgoing port is printed as the port's real name, a tab and the bytes.\n" \
+    "Lines that are not hexadecimal bytes are reported on standard error and skipped.\n"
+
+#define CHECK_EXIT_STATUS "0 if every file loaded with nothing rejected, 1 if not, 2 for a usage error.\n"
+#define REPLAY_EXIT_STATUS "0 if the input was replayed, 1 if FILE is unusable, 2 for a usage error.\n"
+
+#define CHECK_EXAMPLE "  tessera-rules check Resources/Maps/tx16_generic_cc.json\n"
+#define REPLAY_EXAMPLE \
+    "  echo 'B0 63 00 B0 62 00 B0 06 40 B0 26 00' |\n" \
+    "  tessera-rules replay Resources/Maps/tx16_generic_cc.json --in \"Mixer In\" --set n=0\n"
+
 const char* const GENERAL_HELP =
-    "Usage: tessera-rules check FILE...\n"
-    "       tessera-rules replay FILE --in PORT [--set NAME=VALUE]... [--mixer-in NAME] [--mixer-out NAME]\n"
+    "Usage: " CHECK_USAGE
+    "  or:  " REPLAY_USAGE
+    "  or:  tessera-rules COMMAND --help\n"
+    "Checks Tessera rule files before a show, or replays MIDI through one, with\n"
+    "Tessera's own translator over in-memory ports: no MIDI service and no\n"
+    "network are needed.\n"
     "\n"
-    "Checks Tessera rule files, or replays MIDI through one without ports or network.\n"
-    "'tessera-rules check --help' and 'tessera-rules replay --help' tell more.\n";
+    "check: " CHECK_TEXT
+    "\n"
+    "replay: " REPLAY_TEXT
+    "\n"
+    "Exit status:\n"
+    "  check   " CHECK_EXIT_STATUS
+    "  replay  " REPLAY_EXIT_STATUS
+    "\n"
+    "Examples:\n"
+    CHECK_EXAMPLE
+    "\n"
+    REPLAY_EXAMPLE;
 
 const char* const CHECK_HELP =
-    "Usage: tessera-rules check FILE...\n"
+    "Usage: " CHECK_USAGE
     "\n"
-    "Loads each rule file as Tessera does and prints every error the load reports,\n"
-    "the rules it rejected, and a summary: virtual ports, aliases, variables and\n"
-    "rules accepted, rules and variables rejected. A JSON syntax error is shown\n"
-    "with its line and column.\n"
+    CHECK_TEXT
     "\n"
-    "Exit status: 0 when every file loaded with nothing rejected, 1 otherwise,\n"
-    "2 for a usage error.\n"
+    "Exit status: " CHECK_EXIT_STATUS
     "\n"
     "Example:\n"
-    "  tessera-rules check Resources/Maps/tx16_generic_cc.json\n";
+    CHECK_EXAMPLE;
 
 const char* const REPLAY_HELP =
-    "Usage: tessera-rules replay FILE --in PORT [--set NAME=VALUE]... [--mixer-in NAME] [--mixer-out NAME]\n"
+    "Usage: " REPLAY_USAGE
     "\n"
-    "Loads FILE, sets the given global variables (VALUE decimal or 0x hexadecimal)\n"
-    "and mixer ports, then reads standard input line by line. Each line holds MIDI\n"
-    "bytes in hexadecimal separated by blanks ('#' starts a comment) and arrives as\n"
-    "one read of the input PORT, named as a rule names it (\"Mixer In\" goes through\n"
-    "the file's alias). Running status carries over from line to line. Every write\n"
-    "to an outgoing port is printed as the port's real name, a tab and the bytes.\n"
-    "Lines that are not hexadecimal bytes are reported on standard error and skipped.\n"
+    REPLAY_TEXT
+    "\n"
+    "Exit status: " REPLAY_EXIT_STATUS
     "\n"
     "Example:\n"
-    "  echo 'B0 63 00 B0 62 00 B0 06 40 B0 26 00' |\n"
-    "    tessera-rules replay Resources/Maps/tx16_generic_cc.json --in \"Mixer In\" --set n=0\n";
+    REPLAY_EXAMPLE;
 
 int UsageError(const QString& message, const char* help)
 {

@@ -1,0 +1,89 @@
+#include "Application/AutostartEntry.h"
+
+#include "Application/ApplicationStrings.h"
+#include "Application/DebugTrace.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+namespace
+{
+// A desktop entry's string values escape the backslash.
+QString EscapeString(QString value)
+{
+    return value.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+}
+
+// Exec quotes its argument, escaping the characters that stay special inside
+// the quotes, and doubles "%", which would start a field code; the result is
+// then escaped once more as a string value.
+QString ExecArgument(QString path)
+{
+    QString quoted;
+    for (const QChar c : qAsConst(path))
+    {
+        if (c == QLatin1Char('"') || c == QLatin1Char('`') || c == QLatin1Char('$') || c == QLatin1Char('\\'))
+        {
+            quoted += QLatin1Char('\\');
+        }
+        quoted += c;
+    }
+    quoted.replace(QLatin1Char('%'), QLatin1String("%%"));
+    return EscapeString(QLatin1Char('"') + quoted + QLatin1Char('"'));
+}
+}
+
+QString cAutostartEntry::GetFilePath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + QStringLiteral("/autostart/")
+        + ORGANISATION_DOMAIN_STRING + QLatin1Char('.') + PRODUCT_NAME_STRING + QStringLiteral(".desktop");
+}
+
+bool cAutostartEntry::Exists()
+{
+    return QFileInfo::exists(GetFilePath());
+}
+
+bool cAutostartEntry::Create()
+{
+    // The executable's own path, links resolved: the entry keeps working
+    // whatever folder the program was started from.
+    const QString program = QCoreApplication::applicationFilePath();
+    const QString path = GetFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Text))
+    {
+        const QString entry = QStringLiteral("[Desktop Entry]\n"
+                                             "Type=Application\n"
+                                             "Name=%1\n"
+                                             "Comment=Starts %1 in the system tray\n"
+                                             "Exec=%2\n"
+                                             "TryExec=%3\n"
+                                             "Icon=%4.%1\n"
+                                             "Terminal=false\n")
+                                  .arg(PRODUCT_NAME_STRING, ExecArgument(program), EscapeString(program),
+                                      ORGANISATION_DOMAIN_STRING);
+        file.write(entry.toUtf8());
+        if (file.commit())
+        {
+            return true;
+        }
+    }
+    DebugErrTrace(DEBUG_LOCATION, "Could not write autostart entry: %s", path.toLocal8Bit().constData());
+    return false;
+}
+
+bool cAutostartEntry::Remove()
+{
+    const QString path = GetFilePath();
+    if (!Exists() || QFile::remove(path))
+    {
+        return true;
+    }
+    DebugErrTrace(DEBUG_LOCATION, "Could not remove autostart entry: %s", path.toLocal8Bit().constData());
+    return false;
+}
