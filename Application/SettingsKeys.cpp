@@ -57,5 +57,5 @@ QString cSettingsKeys::GetDefaultUnitIPAddressKey() const
 
 QString cSettingsKeys::GetTryConnectKey() const
 {
-    return mixerTypeString + QStringLiteral("/Connection/") + TRY_CONNECT_SETTING_STRING;
+    return mixerTypeString + QLatin1Char('/') + TRY_CONNECT_SETTING_STRING;
 }

@@ -439,7 +439,7 @@ private slots:
         {
             QSKIP("No IPv4 address besides loopback for the mixer to come back at");
         }
-        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"Tx-16/Connection/TryConnect", "true"},
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"Tx-16/TryConnect", "true"},
             {"Tx-16/Connection/DefaultUnitName", "Stage Left"}, {"Tx-16/Connection/DefaultUnitIP", "127.0.0.1"}});
         const QStringList stageLeft({"--find", "TX Find", "--name", "Stage Left", "--address"});
         auto sim = std::make_unique<cMixerSimProcess>(stageLeft + QStringList("127.0.0.1"));
@@ -484,7 +484,7 @@ private slots:
         QTRY_VERIFY(t.Status().startsWith("Not Connected, next try in "));
         t.Action("Stay Connected")->trigger();
         QCOMPARE(t.Status(), QStringLiteral("Not Connected"));
-        QCOMPARE(QSettings().value("Tx-16/Connection/TryConnect").toBool(), false);
+        QCOMPARE(QSettings().value("Tx-16/TryConnect").toBool(), false);
         sim = std::make_unique<cMixerSimProcess>(stageLeft + QStringList(elsewhere.toString()));
         QVERIFY(!sim->WaitForLine("^connected ", 1500));
         QVERIFY(t.Connect()->isChecked());
