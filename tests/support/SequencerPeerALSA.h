@@ -54,6 +54,8 @@ public:
 
     void DeletePort(int port) { snd_seq_delete_simple_port(handle, port); }
 
+    void Rename(const char* name) { snd_seq_set_client_name(handle, name); }
+
     // Fills info with the port of that name on the client of that name;
     // false if there is none.
     bool FindPort(const char* clientName, const char* portName, snd_seq_port_info_t* info)
