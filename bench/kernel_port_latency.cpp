@@ -71,7 +71,8 @@ private:
 };
 
 // A fader move whose value names the message; false if it did not arrive
-// whole within the wait.
+// within the wait. The kernel writes to a raw device with running status, so
+// only the data bytes tell that it came.
 bool Pass(cVirtualRawMIDI& from, cVirtualRawMIDI& to, int index, int waitMs = WAIT_MS)
 {
     const QByteArray message = QByteArray::fromHex("B007") + char(index % 128);
@@ -81,11 +82,11 @@ bool Pass(cVirtualRawMIDI& from, cVirtualRawMIDI& to, int index, int waitMs = WA
     }
     QByteArray received;
     pollfd wait = {to.Descriptor(), POLLIN, 0};
-    while (received.size() < message.size() && poll(&wait, 1, waitMs) == 1)
+    while (!received.endsWith(message.mid(1)) && poll(&wait, 1, waitMs) == 1)
     {
         received += to.Take();
     }
-    return received == message;
+    return received.endsWith(message.mid(1));
 }
 
 double Median(std::vector<double> samples)

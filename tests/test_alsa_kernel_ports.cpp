@@ -7,6 +7,7 @@
 
 #include "Common/MIDI/SystemMIDIConfigurationALSA.h"
 #include "Common/MIDI/MIDIInput.h"
+#include "Common/MIDI/MIDIOutput.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "tests/support/SequencerPeerALSA.h"
 #include "tests/support/TestHelpers.h"
@@ -171,12 +172,34 @@ private slots:
         CheckTraffic(mixer);
     }
 
+    // A DAW that stops reading fills its input pool, and the kernel refuses
+    // the rest: said once, not once per message, and again only after
+    // messages have got through.
+    void RefusalIsReportedOnce()
+    {
+        cMIDIOutput* toDAW = registry->GetMIDIOutput(QStringLiteral("Tessera DAW"));
+        QByteArray fader = Hex("B00764");
+        auto flood = [&] {
+            for (int count = 0; count < 2000; ++count)
+            {
+                toDAW->WriteMIDIData(fader);
+            }
+        };
+        const QStringList refused = {ErrorFrom("Common/MIDI/SequencerPortALSA.cpp",
+            QStringLiteral("ALSA sequencer refused MIDI for \"Tessera DAW\": Resource temporarily unavailable"))};
+        QCOMPARE(ErrorLinesOf(flood), refused);
+        // Reading finds the overrun, and the kernel empties the pool.
+        daw.Receive(1, 500);
+        QCOMPARE(ErrorLinesOf(flood), refused);
+        daw.Receive(1, 500);
+    }
+
     // Kernels that announce client changes (recent ones) let a rename through.
     void RenamedClientRenamesItsPorts()
     {
         QTRY_VERIFY_WITH_TIMEOUT(Listed(QStringLiteral("Test DAW:Sequencer")), TIMEOUT);
         daw.Rename("Test DAW Renamed");
-        QTest::qWait(3000);
+        QTest::qWait(2000);
         if (Listed(QStringLiteral("Test DAW:Sequencer")))
         {
             QSKIP("this kernel does not announce client changes");
