@@ -73,7 +73,7 @@ private:
 // A fader move whose value names the message; false if it did not arrive
 // within the wait. The kernel writes to a raw device with running status, so
 // only the data bytes tell that it came.
-bool Pass(cVirtualRawMIDI& from, cVirtualRawMIDI& to, int index, int waitMs = WAIT_MS)
+bool Pass(sVirtualRawMIDI& from, sVirtualRawMIDI& to, int index, int waitMs = WAIT_MS)
 {
     const QByteArray message = QByteArray::fromHex("B007") + char(index % 128);
     if (!from.Write(message))
@@ -81,7 +81,7 @@ bool Pass(cVirtualRawMIDI& from, cVirtualRawMIDI& to, int index, int waitMs = WA
         return false;
     }
     QByteArray received;
-    pollfd wait = {to.Descriptor(), POLLIN, 0};
+    pollfd wait = {to.descriptor, POLLIN, 0};
     while (!received.endsWith(message.mid(1)) && poll(&wait, 1, waitMs) == 1)
     {
         received += to.Take();
@@ -105,7 +105,7 @@ void BM_KernelPortToKernelPort(benchmark::State& state)
     QStringList ports;
     {
         cSystemMIDIConfigurationALSA registry;
-        ports = cVirtualRawMIDI::Find(registry.GetSystemMIDIOutputNames());
+        ports = registry.GetSystemMIDIOutputNames().filter(sVirtualRawMIDI::Pattern());
     }
     if (ports.size() < 4)
     {
@@ -122,14 +122,13 @@ void BM_KernelPortToKernelPort(benchmark::State& state)
     }
     file.close();
 
-    cVirtualRawMIDI tesseraIn(ports.at(0));
-    cVirtualRawMIDI tesseraOut(ports.at(1));
-    cVirtualRawMIDI routeIn(ports.at(2));
-    cVirtualRawMIDI routeOut(ports.at(3));
-    if (!tesseraIn.IsOpen() || !tesseraOut.IsOpen() || !routeIn.IsOpen() || !routeOut.IsOpen()
-        || QProcess::execute(QStringLiteral("aconnect"), {ClientOf(ports.at(2)), ClientOf(ports.at(3))}) != 0)
+    sVirtualRawMIDI tesseraIn(ports.at(0));
+    sVirtualRawMIDI tesseraOut(ports.at(1));
+    sVirtualRawMIDI routeIn(ports.at(2));
+    sVirtualRawMIDI routeOut(ports.at(3));
+    if (QProcess::execute(QStringLiteral("aconnect"), {ClientOf(ports.at(2)), ClientOf(ports.at(3))}) != 0)
     {
-        state.SkipWithError("cannot open the raw devices or connect the direct route");
+        state.SkipWithError("cannot connect the direct route");
         return;
     }
     cTesseraThread tessera(ruleFile, ports.at(0), ports.at(1));

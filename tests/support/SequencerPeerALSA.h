@@ -42,7 +42,6 @@ public:
     cSequencerPeerALSA& operator=(const cSequencerPeerALSA&) = delete;
 
     bool IsOpen() const { return handle != nullptr; }
-    int GetClientId() const { return snd_seq_client_id(handle); }
 
     // A port that the program can both read and write with subscription.
     int CreatePort(const char* name)
@@ -53,8 +52,6 @@ public:
     }
 
     void DeletePort(int port) { snd_seq_delete_simple_port(handle, port); }
-
-    void Rename(const char* name) { snd_seq_set_client_name(handle, name); }
 
     // Fills info with the port of that name on the client of that name;
     // false if there is none.

@@ -11,71 +11,50 @@
 #include <poll.h>
 #include <unistd.h>
 
-// A MIDI interface of the kernel's own, played through its raw side: snd-virmidi
-// makes sequencer clients "Virtual Raw MIDI C-D" with one port each, and what
-// is written to /dev/snd/midiCcDd comes out of that port, while what is sent to
-// the port can be read there.
-class cVirtualRawMIDI
+// A MIDI interface of the kernel's own, played through its raw side:
+// snd-virmidi's sequencer port "Virtual Raw MIDI C-D:VirMIDI C-D" sends what
+// is written to /dev/snd/midiCcDd, and what is sent to it can be read there.
+struct sVirtualRawMIDI
 {
-public:
-    // The snd-virmidi ports among these sequencer port names.
-    static QStringList Find(const QStringList& portNames) { return portNames.filter(Pattern()); }
+    static QRegularExpression Pattern() { return QRegularExpression(QStringLiteral("^Virtual Raw MIDI (\\d+)-(\\d+):")); }
 
-    explicit cVirtualRawMIDI(const QString& portName)
+    explicit sVirtualRawMIDI(const QString& portName)
     {
         const QRegularExpressionMatch match = Pattern().match(portName);
-        const QString device = QStringLiteral("/dev/snd/midiC%1D%2").arg(match.captured(1), match.captured(2));
-        descriptor = open(device.toLocal8Bit().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-        // The device takes MIDI from its port only once a read has started it.
-        Take();
+        descriptor = open(qPrintable(QStringLiteral("/dev/snd/midiC%1D%2").arg(match.captured(1), match.captured(2))),
+            O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        Take();  // the device takes MIDI from its port once a read has started it
     }
-    ~cVirtualRawMIDI()
-    {
-        if (descriptor >= 0)
-        {
-            close(descriptor);
-        }
-    }
-    cVirtualRawMIDI(const cVirtualRawMIDI&) = delete;
-    cVirtualRawMIDI& operator=(const cVirtualRawMIDI&) = delete;
-
-    bool IsOpen() const { return descriptor >= 0; }
-    int Descriptor() const { return descriptor; }
+    ~sVirtualRawMIDI() { close(descriptor); }
+    sVirtualRawMIDI(const sVirtualRawMIDI&) = delete;
+    sVirtualRawMIDI& operator=(const sVirtualRawMIDI&) = delete;
 
     bool Write(const QByteArray& bytes) { return write(descriptor, bytes.constData(), bytes.size()) == bytes.size(); }
 
-    // What waits now, without blocking.
     QByteArray Take()
     {
         char buffer[4096];
         const ssize_t length = read(descriptor, buffer, sizeof buffer);
-        return length > 0 ? QByteArray(buffer, static_cast<int>(length)) : QByteArray();
+        return QByteArray(buffer, static_cast<int>(qMax<ssize_t>(length, 0)));
     }
 
-    // Everything that arrives until at least count bytes are in or the time is
-    // up; the event loop keeps running.
+    // What arrives until count bytes are in or the time is up, while the
+    // event loop runs.
     QByteArray Read(int count, int timeout = 20000)
     {
         QByteArray received;
         QElapsedTimer timer;
         timer.start();
-        pollfd wait = {descriptor, POLLIN, 0};
-        while (received.size() < count && !timer.hasExpired(timeout))
+        for (pollfd wait = {descriptor, POLLIN, 0}; received.size() < count && !timer.hasExpired(timeout);
+             received += Take())
         {
             QCoreApplication::processEvents();
             poll(&wait, 1, 10);
-            received += Take();
         }
         return received;
     }
 
-private:
-    static QRegularExpression Pattern()
-    {
-        return QRegularExpression(QStringLiteral("^Virtual Raw MIDI (\\d+)-(\\d+):VirMIDI \\d+-\\d+$"));
-    }
-
-    int descriptor = -1;
+    int descriptor;
 };
 
 #endif
