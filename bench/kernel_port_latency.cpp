@@ -9,11 +9,11 @@
 
 #include "Common/MIDI/SystemMIDIConfigurationALSA.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "bench/RuleFile.h"
 #include "tests/support/VirtualRawMIDI.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -23,7 +23,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <memory>
 #include <poll.h>
 #include <vector>
 
@@ -113,14 +112,12 @@ void BM_KernelPortToKernelPort(benchmark::State& state)
         return;
     }
     QTemporaryDir directory;
-    const QString ruleFile = directory.filePath(QStringLiteral("fader.json"));
-    QFile file(ruleFile);
-    if (!file.open(QIODevice::WriteOnly) || file.write(RULE_FILE) < 0)
+    const QString ruleFile = WriteRuleFile(directory, RULE_FILE);
+    if (ruleFile.isEmpty())
     {
         state.SkipWithError("cannot write the rule file");
         return;
     }
-    file.close();
 
     sVirtualRawMIDI tesseraIn(ports.at(0));
     sVirtualRawMIDI tesseraOut(ports.at(1));

@@ -75,13 +75,15 @@ private slots:
     void BothDirectionsThroughTheRules()
     {
         sVirtualRawMIDI mixer(kernelPorts.at(0));
-        // Running status both ways: the console's MIDI out uses it, and so does the kernel writing to the device.
+        // Running status both ways: the console's MIDI out uses it, and so
+        // does the kernel writing to the device.
         QVERIFY(mixer.Write(QByteArray::fromHex("B20764072207")) && mixer.Write(QByteArray::fromHex("33")));
         QCOMPARE(daw.Receive(9).toHex(' '), QByteArray("e2 04 64 e2 02 22 e2 03 33"));
         FromDAW("923C7F3D7FA21020");
         QCOMPARE(mixer.Read(1005), QByteArray::fromHex("B23C7F3D7F") + SystemExclusive());
 
-        // System Exclusive from a console arrives in the pieces the kernel cut, and is read whole.
+        // System Exclusive from a console arrives in the pieces the kernel
+        // cut, and is read whole.
         sVirtualRawMIDI console(kernelPorts.at(1));
         cMIDIInput* input = registry->GetMIDIInput(kernelPorts.at(1));
         QByteArray received;
@@ -108,7 +110,8 @@ private slots:
         auto replug = qScopeGuard(ReloadModule);
         const QStringList errors = ErrorLinesOf([&] {
             QVERIFY(unbind.write(devices.at(0).toLatin1()) > 0 && unbind.flush());
-            QTRY_VERIFY_WITH_TIMEOUT(registry->GetSystemMIDIOutputNames().filter(sVirtualRawMIDI::Pattern()).isEmpty(), TIMEOUT);
+            QTRY_VERIFY_WITH_TIMEOUT(
+                registry->GetSystemMIDIOutputNames().filter(sVirtualRawMIDI::Pattern()).isEmpty(), TIMEOUT);
             QVERIFY(registry->GetSystemMIDIInputNames().filter(sVirtualRawMIDI::Pattern()).isEmpty());
             for (int count = 0; count < 100; ++count)
             {

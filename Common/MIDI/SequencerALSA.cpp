@@ -281,8 +281,11 @@ bool cSequencerALSA::Subscribe(sPortAddressALSA sender, sPortAddressALSA destina
 {
     snd_seq_port_subscribe_t* subscription;
     snd_seq_port_subscribe_alloca(&subscription);
-    const snd_seq_addr_t from = {static_cast<unsigned char>(sender.client), static_cast<unsigned char>(sender.port)};
-    const snd_seq_addr_t to = {static_cast<unsigned char>(destination.client), static_cast<unsigned char>(destination.port)};
+    auto address = [](sPortAddressALSA port) {
+        return snd_seq_addr_t{static_cast<unsigned char>(port.client), static_cast<unsigned char>(port.port)};
+    };
+    const snd_seq_addr_t from = address(sender);
+    const snd_seq_addr_t to = address(destination);
     snd_seq_port_subscribe_set_sender(subscription, &from);
     snd_seq_port_subscribe_set_dest(subscription, &to);
     int result = snd_seq_subscribe_port(handle, subscription);

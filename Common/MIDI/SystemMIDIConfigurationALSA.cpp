@@ -115,7 +115,8 @@ cMIDIInput* cSystemMIDIConfigurationALSA::GetMIDIInput(QString name)
     {
         return port;
     }
-    return Opened(inputIdentifiers, name, [this](const QString&, sPortAddressALSA address) { return new cMIDIInputALSA(address, this); });
+    return Opened(inputIdentifiers, name,
+        [this](const QString&, sPortAddressALSA address) { return new cMIDIInputALSA(address, this); });
 }
 
 QStringList cSystemMIDIConfigurationALSA::GetSystemMIDIInputNames() const
@@ -139,7 +140,8 @@ cMIDIOutput* cSystemMIDIConfigurationALSA::GetMIDIOutput(QString name)
     {
         return port;
     }
-    return Opened(outputIdentifiers, name, [](const QString& name, sPortAddressALSA address) { return new cMIDIOutputALSA(name, address); });
+    return Opened(outputIdentifiers, name,
+        [](const QString& opened, sPortAddressALSA address) { return new cMIDIOutputALSA(opened, address); });
 }
 
 QStringList cSystemMIDIConfigurationALSA::GetSystemMIDIOutputNames() const

@@ -16,7 +16,10 @@
 // is written to /dev/snd/midiCcDd, and what is sent to it can be read there.
 struct sVirtualRawMIDI
 {
-    static QRegularExpression Pattern() { return QRegularExpression(QStringLiteral("^Virtual Raw MIDI (\\d+)-(\\d+):")); }
+    static QRegularExpression Pattern()
+    {
+        return QRegularExpression(QStringLiteral("^Virtual Raw MIDI (\\d+)-(\\d+):"));
+    }
 
     explicit sVirtualRawMIDI(const QString& portName)
     {
