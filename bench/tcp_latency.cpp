@@ -9,9 +9,9 @@
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "Network/TCPMIDIInptOutput.h"
+#include "bench/RuleFile.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -231,14 +231,12 @@ private:
 void BM_TesseraRoundTrip(benchmark::State& state)
 {
     QTemporaryDir directory;
-    const QString ruleFile = directory.filePath(QStringLiteral("straight_back.json"));
-    QFile file(ruleFile);
-    if (!file.open(QIODevice::WriteOnly) || file.write(RULE_FILE) < 0)
+    const QString ruleFile = WriteRuleFile(directory, RULE_FILE);
+    if (ruleFile.isEmpty())
     {
         state.SkipWithError("cannot write the rule file");
         return;
     }
-    file.close();
 
     const cSocket listener(Listen(MIXER_ADDRESS, cTCPMIDIInptOutput::MIXER_MIDI_PORT));
     if (!listener.IsOpen())

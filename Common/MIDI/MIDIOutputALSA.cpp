@@ -2,14 +2,15 @@
 
 #include <alsa/asoundlib.h>
 
-cMIDIOutputALSA::cMIDIOutputALSA(sPortAddressALSA destination)
-    : destination(destination),
+cMIDIOutputALSA::cMIDIOutputALSA(const QString& name, sPortAddressALSA address)
+    : name(name),
       port(QStringLiteral("MIDI Output Port"), SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_NO_EXPORT,
-          SND_SEQ_PORT_TYPE_APPLICATION)
+          SND_SEQ_PORT_TYPE_APPLICATION),
+      destination(port.ConnectTo(address) ? cSequencerALSA::SUBSCRIBERS : address)
 {
 }
 
 void cMIDIOutputALSA::WriteMIDIData(QByteArray& data)
 {
-    port.Send(destination, data);
+    port.Send(destination, data, name);
 }

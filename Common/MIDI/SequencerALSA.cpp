@@ -269,15 +269,30 @@ void cSequencerALSA::DeletePort(int port)
 
 bool cSequencerALSA::ConnectFrom(int port, sPortAddressALSA source)
 {
-    if (!handle || port < 0)
-    {
-        return false;
-    }
-    int result = snd_seq_connect_from(handle, port, source.client, source.port);
+    return handle && port >= 0 && Subscribe(source, {clientId, port});
+}
+
+bool cSequencerALSA::ConnectTo(int port, sPortAddressALSA destination)
+{
+    return handle && port >= 0 && Subscribe({clientId, port}, destination);
+}
+
+bool cSequencerALSA::Subscribe(sPortAddressALSA sender, sPortAddressALSA destination)
+{
+    snd_seq_port_subscribe_t* subscription;
+    snd_seq_port_subscribe_alloca(&subscription);
+    auto address = [](sPortAddressALSA port) {
+        return snd_seq_addr_t{static_cast<unsigned char>(port.client), static_cast<unsigned char>(port.port)};
+    };
+    const snd_seq_addr_t from = address(sender);
+    const snd_seq_addr_t to = address(destination);
+    snd_seq_port_subscribe_set_sender(subscription, &from);
+    snd_seq_port_subscribe_set_dest(subscription, &to);
+    int result = snd_seq_subscribe_port(handle, subscription);
     if (result < 0)
     {
-        DebugErrTrace(DEBUG_LOCATION, "Failed to subscribe to ALSA sequencer port %d:%d: %s", source.client, source.port,
-            snd_strerror(result));
+        DebugErrTrace(DEBUG_LOCATION, "Failed to connect ALSA sequencer port %d:%d to %d:%d: %s", sender.client,
+            sender.port, destination.client, destination.port, snd_strerror(result));
         return false;
     }
     return true;
@@ -296,12 +311,13 @@ void cSequencerALSA::SetReceiver(int port, cSequencerReceiverALSA* receiver)
     }
 }
 
-void cSequencerALSA::Send(int port, sPortAddressALSA destination, const QByteArray& bytes)
+int cSequencerALSA::Send(int port, sPortAddressALSA destination, const QByteArray& bytes)
 {
     snd_midi_event_t* encoder = GetEncoder(port);
     if (!encoder)
     {
-        return;
+        // Without a sequencer or a port there was a report already.
+        return 0;
     }
     int failure = 0;
     for (char byte : bytes)
@@ -330,11 +346,7 @@ void cSequencerALSA::Send(int port, sPortAddressALSA destination, const QByteArr
             failure = result;
         }
     }
-    if (failure < 0)
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Failed to send MIDI to ALSA sequencer port %d:%d: %s", destination.client,
-            destination.port, snd_strerror(failure));
-    }
+    return failure;
 }
 
 snd_midi_event_t* cSequencerALSA::GetEncoder(int port)
@@ -424,6 +436,9 @@ void cSequencerALSA::DispatchEvent(const snd_seq_event_t* event)
             break;
         case SND_SEQ_EVENT_PORT_CHANGE:
             emit PortChanged(address);
+            break;
+        case SND_SEQ_EVENT_CLIENT_CHANGE:
+            emit ClientChanged(address.client);
             break;
         default:
             break;

@@ -78,8 +78,10 @@ public:
     // A port of our own client; -1 when it cannot be made.
     int CreatePort(const QString& name, unsigned int capabilities, unsigned int type);
     void DeletePort(int port);
-    // Subscribes our port to another client's port.
+    // Subscribes our port to read from another client's port, or another
+    // client's port to what our port sends.
     bool ConnectFrom(int port, sPortAddressALSA source);
+    bool ConnectTo(int port, sPortAddressALSA destination);
 
     // Bytes arriving at our port go to receiver; null stops the delivery, and
     // once this returns the previous receiver is no longer called.
@@ -87,18 +89,22 @@ public:
 
     // Encodes raw bytes (running status allowed, messages may span calls) and
     // sends every complete event from our port at once, to destination or,
-    // with SUBSCRIBERS, to everyone subscribed to the port.
-    void Send(int port, sPortAddressALSA destination, const QByteArray& bytes);
+    // with SUBSCRIBERS, to everyone subscribed to the port. Returns 0, or the
+    // first error the kernel gave for an event (the rest are still sent).
+    int Send(int port, sPortAddressALSA destination, const QByteArray& bytes);
     static const sPortAddressALSA SUBSCRIBERS;
 
 signals:
     void PortStarted(sPortAddressALSA address);
     void PortExited(sPortAddressALSA address);
     void PortChanged(sPortAddressALSA address);
+    // A client changed its name or other details; its ports are announced
+    // only if they change themselves.
+    void ClientChanged(int client);
 
 private:
     bool Open();
-    bool Describe(sPortAddressALSA address, sPortInfoALSA& info) const;
+    bool Subscribe(sPortAddressALSA sender, sPortAddressALSA destination);
     snd_midi_event_t* GetEncoder(int port);
     void ReadEvents();
     void DispatchEvent(const snd_seq_event_t* event);

@@ -1,5 +1,9 @@
 #include "Common/MIDI/SequencerPortALSA.h"
 
+#include "Application/DebugTrace.h"
+
+#include <alsa/asoundlib.h>
+
 cSequencerPortALSA::cSequencerPortALSA(const QString& name, unsigned int capabilities, unsigned int type,
     cSequencerReceiverALSA* receiver)
     : sequencer(cSequencerALSA::Shared()),
@@ -12,6 +16,8 @@ cSequencerPortALSA::cSequencerPortALSA(const QString& name, unsigned int capabil
     }
 }
 
+// Deleting the port ends its subscriptions, which lets a kernel client close
+// the device behind it.
 cSequencerPortALSA::~cSequencerPortALSA()
 {
     if (receiving)
@@ -26,7 +32,18 @@ bool cSequencerPortALSA::ConnectFrom(sPortAddressALSA source)
     return sequencer->ConnectFrom(port, source);
 }
 
-void cSequencerPortALSA::Send(sPortAddressALSA destination, const QByteArray& bytes)
+bool cSequencerPortALSA::ConnectTo(sPortAddressALSA destination)
 {
-    sequencer->Send(port, destination, bytes);
+    return sequencer->ConnectTo(port, destination);
+}
+
+void cSequencerPortALSA::Send(sPortAddressALSA destination, const QByteArray& bytes, const QString& to)
+{
+    const int result = sequencer->Send(port, destination, bytes);
+    if (result < 0 && !refused)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "ALSA sequencer refused MIDI for \"%s\": %s", to.toLocal8Bit().constData(),
+            snd_strerror(result));
+    }
+    refused = result < 0;
 }

@@ -18,12 +18,19 @@ public:
     cSequencerPortALSA& operator=(const cSequencerPortALSA&) = delete;
 
     bool ConnectFrom(sPortAddressALSA source);
-    void Send(sPortAddressALSA destination, const QByteArray& bytes);
+    bool ConnectTo(sPortAddressALSA destination);
+
+    // A kernel that refuses our MIDI tends to refuse every message of a burst
+    // (a device whose output buffer is full, a client that has stopped
+    // reading): the first refusal is reported, naming "to", and the rest are
+    // not until a send has got through again.
+    void Send(sPortAddressALSA destination, const QByteArray& bytes, const QString& to);
 
 private:
     std::shared_ptr<cSequencerALSA> sequencer;
     int port;
     bool receiving;
+    bool refused = false;
 };
 
 #endif

@@ -56,7 +56,7 @@ auto Opened(QList<Identifier>& identifiers, const QString& name, Open open) -> d
     Identifier& identifier = identifiers[index];
     if (!identifier.port)
     {
-        identifier.port = open(identifier.address);
+        identifier.port = open(identifier.name, identifier.address);
     }
     return identifier.port;
 }
@@ -71,6 +71,7 @@ cSystemMIDIConfigurationALSA::cSystemMIDIConfigurationALSA(QObject* parent)
     connect(sequencer.get(), &cSequencerALSA::PortStarted, this, &cSystemMIDIConfigurationALSA::PortStarted);
     connect(sequencer.get(), &cSequencerALSA::PortExited, this, &cSystemMIDIConfigurationALSA::PortExited);
     connect(sequencer.get(), &cSequencerALSA::PortChanged, this, &cSystemMIDIConfigurationALSA::PortChanged);
+    connect(sequencer.get(), &cSequencerALSA::ClientChanged, this, &cSystemMIDIConfigurationALSA::ClientChanged);
     const QList<sPortInfoALSA> ports = sequencer->GetPorts();
     for (const sPortInfoALSA& port : ports)
     {
@@ -114,7 +115,8 @@ cMIDIInput* cSystemMIDIConfigurationALSA::GetMIDIInput(QString name)
     {
         return port;
     }
-    return Opened(inputIdentifiers, name, [this](sPortAddressALSA address) { return new cMIDIInputALSA(address, this); });
+    return Opened(inputIdentifiers, name,
+        [this](const QString&, sPortAddressALSA address) { return new cMIDIInputALSA(address, this); });
 }
 
 QStringList cSystemMIDIConfigurationALSA::GetSystemMIDIInputNames() const
@@ -138,7 +140,8 @@ cMIDIOutput* cSystemMIDIConfigurationALSA::GetMIDIOutput(QString name)
     {
         return port;
     }
-    return Opened(outputIdentifiers, name, [](sPortAddressALSA address) { return new cMIDIOutputALSA(address); });
+    return Opened(outputIdentifiers, name,
+        [](const QString& opened, sPortAddressALSA address) { return new cMIDIOutputALSA(opened, address); });
 }
 
 QStringList cSystemMIDIConfigurationALSA::GetSystemMIDIOutputNames() const
@@ -181,6 +184,34 @@ void cSystemMIDIConfigurationALSA::PortChanged(sPortAddressALSA address)
 {
     PortExited(address);
     PortStarted(address);
+}
+
+// Our names carry the client's name, so a client that renames itself has
+// renamed its ports: those are offered afresh under their new names. Ports
+// whose name stands are left open.
+void cSystemMIDIConfigurationALSA::ClientChanged(int client)
+{
+    QList<sPortAddressALSA> renamed;
+    auto collect = [&](sPortAddressALSA address, const QString& name) {
+        sPortInfoALSA port;
+        if (address.client == client && !renamed.contains(address)
+            && (!sequencer->GetPort(address, port) || port.name != name))
+        {
+            renamed.append(address);
+        }
+    };
+    for (const sMIDIInputIdentifier& identifier : inputIdentifiers)
+    {
+        collect(identifier.address, identifier.name);
+    }
+    for (const sMIDIOutputIdentifier& identifier : outputIdentifiers)
+    {
+        collect(identifier.address, identifier.name);
+    }
+    for (sPortAddressALSA address : renamed)
+    {
+        PortChanged(address);
+    }
 }
 
 void cSystemMIDIConfigurationALSA::InputAdded(const sPortInfoALSA& port)

@@ -53,6 +53,7 @@ private:
     void PortStarted(sPortAddressALSA address);
     void PortExited(sPortAddressALSA address);
     void PortChanged(sPortAddressALSA address);
+    void ClientChanged(int client);
 
     void InputAdded(const sPortInfoALSA& port);
     void OutputAdded(const sPortInfoALSA& port);

@@ -4,6 +4,7 @@
 
 cVirtualMIDIInputOutputALSA::cVirtualMIDIInputOutputALSA(QString name, QObject* parent)
     : cMIDIReceiverALSA<cMIDIInputOutput>(parent),
+      name(name),
       port(name,
           SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE
               | SND_SEQ_PORT_CAP_DUPLEX,
@@ -13,5 +14,5 @@ cVirtualMIDIInputOutputALSA::cVirtualMIDIInputOutputALSA(QString name, QObject* 
 
 void cVirtualMIDIInputOutputALSA::WriteMIDIData(QByteArray& data)
 {
-    port.Send(cSequencerALSA::SUBSCRIBERS, data);
+    port.Send(cSequencerALSA::SUBSCRIBERS, data, name);
 }

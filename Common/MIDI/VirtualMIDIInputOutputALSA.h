@@ -18,6 +18,7 @@ public:
     void WriteMIDIData(QByteArray& data) override;
 
 private:
+    QString name;
     cSequencerPortALSA port;
 };
 

@@ -1,0 +1,153 @@
+// The mixer's MIDI interface played by kernel ports (snd-virmidi, through its
+// raw devices), the DAW by a peer client on the program's virtual port, and a
+// real rule file between them with the mixer ports picked as in the MIDI Ports
+// mode. Kernel ports take MIDI only from a subscriber, cut System Exclusive
+// into pieces and go away with their driver: a user-space peer hides all that.
+
+#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#include "Common/MIDI/MIDIInput.h"
+#include "Common/MIDI/MIDIOutput.h"
+#include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "tests/support/SequencerPeerALSA.h"
+#include "tests/support/TestHelpers.h"
+#include "tests/support/VirtualRawMIDI.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QtTest>
+
+namespace
+{
+const int TIMEOUT = 20000;  // the test VM is slow
+const QString DRIVER = QStringLiteral("/sys/bus/platform/drivers/snd_virmidi/");
+
+// What the rule "Scribble strips" sends to the mixer.
+QByteArray SystemExclusive()
+{
+    QByteArray bytes = QByteArray::fromHex("F07D");
+    for (int index = 0; bytes.size() < 999; ++index)
+    {
+        bytes.append(static_cast<char>((index * 7) & 0x7F));
+    }
+    return bytes + QByteArray::fromHex("F7");
+}
+
+bool ReloadModule()
+{
+    return QProcess::execute(QStringLiteral("modprobe"), {QStringLiteral("-r"), QStringLiteral("snd-virmidi")}) == 0
+        && QProcess::execute(QStringLiteral("modprobe"), {QStringLiteral("snd-virmidi")}) == 0;
+}
+}
+
+class tAlsaKernelPorts : public QObject
+{
+    Q_OBJECT
+
+    cSequencerPeerALSA daw{"Test DAW"};
+    int sequencer = daw.CreatePort("Sequencer");
+    int ourClient = -1;
+    int ourPort = -1;
+    cMIDITranslatorConfiguration configuration{new cSystemMIDIConfigurationALSA};
+    cSystemMIDIConfiguration* registry = configuration.GetSystemMIDIConfiguration();
+    QStringList kernelPorts = registry->GetSystemMIDIOutputNames().filter(sVirtualRawMIDI::Pattern());
+
+    void FromDAW(const char* hex) { daw.Send(sequencer, ourClient, ourPort, QByteArray::fromHex(hex)); }
+
+private slots:
+    void initTestCase()
+    {
+        if (kernelPorts.size() < 2)
+        {
+            QSKIP("needs two snd-virmidi ports (modprobe snd-virmidi) and access to /dev/snd/midiC*D*");
+        }
+        configuration.LoadFromFile(QStringLiteral(TESSERA_TEST_DATA_DIR "/alsa/translation.json"));
+        configuration.SetMixerInputPortName(kernelPorts.at(0));
+        configuration.SetMixerOutputPortName(kernelPorts.at(0));
+        snd_seq_port_info_t* info;
+        snd_seq_port_info_alloca(&info);
+        QVERIFY(daw.FindPort("Tessera", "Tessera DAW", info));
+        ourClient = snd_seq_port_info_get_client(info);
+        ourPort = snd_seq_port_info_get_port(info);
+        QVERIFY(daw.ConnectFrom(sequencer, ourClient, ourPort));
+    }
+
+    void BothDirectionsThroughTheRules()
+    {
+        sVirtualRawMIDI mixer(kernelPorts.at(0));
+        // Running status both ways: the console's MIDI out uses it, and so
+        // does the kernel writing to the device.
+        QVERIFY(mixer.Write(QByteArray::fromHex("B20764072207")) && mixer.Write(QByteArray::fromHex("33")));
+        QCOMPARE(daw.Receive(9).toHex(' '), QByteArray("e2 04 64 e2 02 22 e2 03 33"));
+        FromDAW("923C7F3D7FA21020");
+        QCOMPARE(mixer.Read(1005), QByteArray::fromHex("B23C7F3D7F") + SystemExclusive());
+
+        // System Exclusive from a console arrives in the pieces the kernel
+        // cut, and is read whole.
+        sVirtualRawMIDI console(kernelPorts.at(1));
+        cMIDIInput* input = registry->GetMIDIInput(kernelPorts.at(1));
+        QByteArray received;
+        QObject receiving;  // ends the connection with this function
+        connect(input, &cMIDIInput::MIDIReadReady, &receiving, [&] {
+            QByteArray part;
+            input->ReadMIDIData(part);
+            received += part;
+        });
+        QVERIFY(console.Write(SystemExclusive() + QByteArray::fromHex("B00764")));
+        QTRY_COMPARE_WITH_TIMEOUT(received, SystemExclusive() + QByteArray::fromHex("B00764"), TIMEOUT);
+    }
+
+    // Unbinding the driver is what unplugging a USB interface does. The module
+    // reloads only then: our subscriptions hold it while its ports are there.
+    void UnplugAndReplug()
+    {
+        const QStringList devices = QDir(DRIVER).entryList({QStringLiteral("snd_virmidi.*")});
+        QFile unbind(DRIVER + QStringLiteral("unbind"));
+        if (devices.isEmpty() || !unbind.open(QIODevice::WriteOnly))
+        {
+            QSKIP("unplugging snd-virmidi needs root and its driver in sysfs");
+        }
+        auto replug = qScopeGuard(ReloadModule);
+        const QStringList errors = ErrorLinesOf([&] {
+            QVERIFY(unbind.write(devices.at(0).toLatin1()) > 0 && unbind.flush());
+            QTRY_VERIFY_WITH_TIMEOUT(
+                registry->GetSystemMIDIOutputNames().filter(sVirtualRawMIDI::Pattern()).isEmpty(), TIMEOUT);
+            QVERIFY(registry->GetSystemMIDIInputNames().filter(sVirtualRawMIDI::Pattern()).isEmpty());
+            for (int count = 0; count < 100; ++count)
+            {
+                FromDAW("923C7F");
+            }
+            daw.Receive(1, 500);
+            replug.dismiss();
+            QVERIFY(ReloadModule());
+            QTRY_VERIFY_WITH_TIMEOUT(registry->GetSystemMIDIInputNames().contains(kernelPorts.at(0)), TIMEOUT);
+        });
+        QCOMPARE(errors, QStringList());
+        sVirtualRawMIDI mixer(kernelPorts.at(0));
+        QVERIFY(mixer.Write(QByteArray::fromHex("B20711")));
+        QCOMPARE(daw.Receive(3).toHex(' '), QByteArray("e2 01 11"));
+        FromDAW("923C7F");
+        QCOMPARE(mixer.Read(3).toHex(' '), QByteArray("b2 3c 7f"));
+    }
+
+    // A DAW that stops reading fills its input pool and the kernel refuses
+    // the rest: said once, and again only after messages got through.
+    void RefusalIsReportedOnce()
+    {
+        QByteArray fader = QByteArray::fromHex("B00764");
+        auto flood = [&] {
+            for (int count = 0; count < 2000; ++count)
+            {
+                registry->GetMIDIOutput(QStringLiteral("Tessera DAW"))->WriteMIDIData(fader);
+            }
+        };
+        const QStringList refused = {ErrorFrom("Common/MIDI/SequencerPortALSA.cpp",
+            QStringLiteral("ALSA sequencer refused MIDI for \"Tessera DAW\": Resource temporarily unavailable"))};
+        QCOMPARE(ErrorLinesOf(flood), refused);
+        daw.Receive(1, 500);  // finds the overrun, and the kernel empties the pool
+        QCOMPARE(ErrorLinesOf(flood), refused);
+    }
+};
+
+QTEST_GUILESS_MAIN(tAlsaKernelPorts)
+#include "test_alsa_kernel_ports.moc"
