@@ -19,16 +19,6 @@ const std::vector<sMIDIMatchNibble>& cMIDIMatchBranchNodeEndpoint::GetNibbles() 
     return nibbles;
 }
 
-cMIDIMatchBranchNode* cMIDIMatchBranchNodeEndpoint::GetBranchNode() const
-{
-    return branchNode;
-}
-
-void cMIDIMatchBranchNodeEndpoint::SetBranchNode(cMIDIMatchBranchNode* node)
-{
-    branchNode = node;
-}
-
 void cMIDIMatchBranchNodeEndpoint::TriggerAction(const std::vector<unsigned char>& capturedNibbles,
                                                  std::vector<unsigned char>& packedBytes) const
 {
