@@ -66,11 +66,6 @@ const std::vector<cMIDIMatchBranchNode*>& cMIDIMatchBranchNode::GetChildBranchNo
     return children;
 }
 
-const std::vector<cMIDIMatchBranchNodeEndpoint*>& cMIDIMatchBranchNode::GetBranchNodeEndpoints() const
-{
-    return endpoints;
-}
-
 const std::vector<cMIDIMatchBranchNodeEndpoint*>& cMIDIMatchBranchNode::GetAllChildrensBranchNodeEndpoints() const
 {
     return childEndpoints;

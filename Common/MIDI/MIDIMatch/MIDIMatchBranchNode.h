@@ -29,7 +29,6 @@ public:
     bool HasChildBranchNodes() const;
     bool HasBranchNodeEndpoints() const;
     const std::vector<cMIDIMatchBranchNode*>& GetChildBranchNodes() const;
-    const std::vector<cMIDIMatchBranchNodeEndpoint*>& GetBranchNodeEndpoints() const;
     // Every endpoint that hangs on a strict descendant of this node.
     const std::vector<cMIDIMatchBranchNodeEndpoint*>& GetAllChildrensBranchNodeEndpoints() const;
     // Whether the endpoint hangs on a strict descendant of this node. Only the

@@ -9,16 +9,6 @@ cMIDIMatchBranchNodeEndpoint::cMIDIMatchBranchNodeEndpoint(cMIDIMatchTriggerList
 {
 }
 
-int cMIDIMatchBranchNodeEndpoint::GetIdentifier() const
-{
-    return identifier;
-}
-
-const std::vector<sMIDIMatchNibble>& cMIDIMatchBranchNodeEndpoint::GetNibbles() const
-{
-    return nibbles;
-}
-
 void cMIDIMatchBranchNodeEndpoint::TriggerAction(const std::vector<unsigned char>& capturedNibbles,
                                                  std::vector<unsigned char>& packedBytes) const
 {

@@ -16,9 +16,6 @@ public:
     cMIDIMatchBranchNodeEndpoint(cMIDIMatchTriggerListener* listener, int identifier,
                                  std::vector<sMIDIMatchNibble> nibbles);
 
-    int GetIdentifier() const;
-    const std::vector<sMIDIMatchNibble>& GetNibbles() const;
-
     // Packs the captured nibbles in pairs into the bytes that matched and
     // tells the listener. packedBytes is the caller's buffer, reused from one
     // trigger to the next so that firing does not allocate.
