@@ -167,8 +167,8 @@ private slots:
         cWindowUnderTest t;
         QCOMPARE(t.window->windowTitle(), QStringLiteral("Tessera"));
         QVERIFY(!t.window->isVisible());
-        QCOMPARE(Items(t.Mixer()), QStringList({"KVR-8", "Tx-16"}));
-        QCOMPARE(t.Mixer()->currentText(), QStringLiteral("KVR-8"));
+        QCOMPARE(Items(t.Mixer()), QStringList({"Tx-12", "Tx-16"}));
+        QCOMPARE(t.Mixer()->currentText(), QStringLiteral("Tx-12"));
         QCOMPARE(Items(t.Protocol()), QStringList({"Fader Protocol", "Note Protocol", "Unmapped Protocol"}));
         QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Fader Protocol"));
         QCOMPARE(t.Channel()->count(), 16);
@@ -184,9 +184,9 @@ private slots:
         QVERIFY(!t.Units()->isVisibleTo(t.window.get()));
 
         QSettings settings;
-        QCOMPARE(settings.value("MixerType").toString(), QStringLiteral("KVR-8"));
-        QCOMPARE(settings.value("KVR-8/Mode").toString(), QStringLiteral("MIDI"));
-        QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 1u);
+        QCOMPARE(settings.value("MixerType").toString(), QStringLiteral("Tx-12"));
+        QCOMPARE(settings.value("Tx-12/Mode").toString(), QStringLiteral("MIDI"));
+        QCOMPARE(settings.value("Tx-12/MIDIChannel").toUInt(), 1u);
     }
 
     void TrayMenuShowsWindowAndHelp()
@@ -259,9 +259,9 @@ private slots:
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("selected");
         QTest::newRow("earlier release's name") << "Tx" << "Tx-16";
-        QTest::newRow("other case") << "tx" << "KVR-8";
+        QTest::newRow("other case") << "tx" << "Tx-12";
         QTest::newRow("full name") << "Tx-16" << "Tx-16";
-        QTest::newRow("unknown") << "Nonesuch" << "KVR-8";
+        QTest::newRow("unknown") << "Nonesuch" << "Tx-12";
     }
 
     void StoredMixerTypeIsSelected()
@@ -300,7 +300,7 @@ private slots:
         QVERIFY(!t.Address()->isEnabled());
         QVERIFY(!t.Units()->isEnabled());
 
-        Choose(t.Mixer(), "KVR-8");
+        Choose(t.Mixer(), "Tx-12");
         QVERIFY(t.MIDIPorts()->isChecked());
         QCOMPARE(t.Input()->currentText(), QStringLiteral("Desk B"));
         QCOMPARE(t.Output()->currentText(), QStringLiteral("Desk A"));
@@ -317,8 +317,8 @@ private slots:
         QSettings settings;
         QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitName").toString(), CUSTOM_UNIT_STRING);
         QCOMPARE(settings.value("Tx-16/Connection/DefaultUnitIP").toString(), QStringLiteral("127.0.0.10"));
-        QCOMPARE(settings.value("KVR-8/MIDI/InputPort").toString(), QStringLiteral("Desk B"));
-        QCOMPARE(settings.value("KVR-8/MIDIChannel").toUInt(), 4u);
+        QCOMPARE(settings.value("Tx-12/MIDI/InputPort").toString(), QStringLiteral("Desk B"));
+        QCOMPARE(settings.value("Tx-12/MIDIChannel").toUInt(), 4u);
         QCOMPARE(settings.value("DAWType").toString(), QStringLiteral("Note Protocol"));
     }
 

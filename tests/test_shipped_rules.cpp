@@ -47,9 +47,10 @@ private slots:
     {
         cMixerDawMap map;
         QCOMPARE(ErrorLinesOf([&] { map.LoadFromFilePath(cFileLocations::GetMixerMapFilePath()); }), QStringList());
+        // Sorted as the window lists them: a fresh start selects the first.
         QStringList mixers = map.GetMixerNames();
         mixers.sort();
-        QCOMPARE(mixers, QStringList({"KVR-12", "Tx-16", "Tx-8"}));
+        QCOMPARE(mixers, QStringList({"Tx-16", "Tx-8", "Unison KVR-12"}));
         for (const QString& mixer : mixers)
         {
             QCOMPARE(map.GetDAWNamesForMixer(mixer), QStringList({"Mackie Control", "Generic CC"}));
@@ -122,7 +123,7 @@ private slots:
         QTest::newRow("tx8 mackie: fader 8") << tx8 << 16 << CONSOLE << Bytes("BF0720") << MACKIE << Bytes("E72020");
         QTest::newRow("tx8 mackie: rec lamp 8") << tx8 << 16 << MACKIE << Bytes("90077F") << CONSOLE << Bytes("9F277F");
 
-        // KVR-12 on channel 16: NRPN in, running status included.
+        // Unison KVR-12 on channel 16: NRPN in, running status included.
         const QString kvr = QStringLiteral("kvr12_mackie_control.json");
         QTest::newRow("kvr mackie: fader 10") << kvr << 16 << CONSOLE << Bytes("BF6300BF6209BF0655BF2611")
                                               << MACKIE_XT << Bytes("E11155");
