@@ -341,6 +341,9 @@ private slots:
 
         t.Port(DAW_PORT)->ReceiveMIDIData(QByteArray::fromHex("B00710"));
         QCOMPARE(Written(t.Port("Desk")).toHex(' '), QByteArray("b2 07 10"));
+        // A variable described otherwise keeps its own value.
+        t.Port(DAW_PORT)->ReceiveMIDIData(QByteArray::fromHex("B00811"));
+        QCOMPARE(Written(t.Port("Desk")).toHex(' '), QByteArray("b0 07 11"));
 
         // Another protocol is another rule file, with the channel applied again.
         Choose(t.Protocol(), "Note Protocol");
@@ -390,7 +393,7 @@ private slots:
 
     void FindsConnectsAndTranslatesWithMixerSim()
     {
-        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"DAWType", "Note Protocol"}});
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"DAWType", "Note Protocol"}, {"Tx-16/MIDI/InputPort", "Desk"}});
         QSettings settings;
         cMixerSimProcess stageLeft({"--find", "TX Find", "--name", "Stage Left", "--address", "127.0.0.1"});
         QVERIFY(stageLeft.IsListening());
@@ -413,6 +416,9 @@ private slots:
         QTest::qWait(200);
         QCOMPARE(Items(t.Units()), QStringList({CUSTOM_UNIT_STRING, "Stage Left"}));
 
+        // A port plugged in and out leaves the mixer on the link, not on the saved port.
+        t.registry->AddSystemInputOutput("Desk");
+        t.registry->RemoveSystemInputOutput("Desk");
         bool litWhileTranslating = false;
         t.WatchInputLamp(litWhileTranslating);
         stageLeft.Input("B1 07 55");

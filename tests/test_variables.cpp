@@ -133,9 +133,9 @@ private slots:
         cMIDITranslatorVariable variable =
             LoadX("7", R"({"value": 5, "name": "first"}, {"value": 7, "name": "b"}, {"value": 5, "name": "again"})", ok);
         QCOMPARE(variable.GetCurrentValueIndex(), 1);
-        variable.SetCurrentValue(5);
-        QCOMPARE(variable.GetCurrentValueIndex(), 0);
         variable.SetCurrentValue(9);
+        QCOMPARE(variable.GetCurrentValueIndex(), 1);
+        variable.SetCurrentValue(5);
         QCOMPARE(variable.GetCurrentValueIndex(), 0);
 
         cMIDITranslatorVariable empty = LoadX("3", "", ok);
