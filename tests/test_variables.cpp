@@ -40,8 +40,6 @@ private slots:
         QCOMPARE(variable.GetCurrentValueIndex(), 1);
         QCOMPARE(variable.GetCurrentValue(), UBYTE(8));
         QCOMPARE(variable.GetNameAtIndex(0), QStringLiteral("Bank 1"));
-        variable.SetCurrentValue(0);
-        QCOMPARE(variable.GetCurrentValue(), UBYTE(0));
 
         // Values without a number and a name are skipped.
         variable = LoadX("7", R"({"value": "3", "name": "text"}, 4, {"value": 5}, {"name": "no value"},

@@ -42,7 +42,6 @@ public:
     cSequencerPeerALSA& operator=(const cSequencerPeerALSA&) = delete;
 
     bool IsOpen() const { return handle != nullptr; }
-    int GetClientId() const { return snd_seq_client_id(handle); }
 
     // A port that the program can both read and write with subscription.
     int CreatePort(const char* name)
