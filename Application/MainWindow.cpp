@@ -198,24 +198,25 @@ void cMainWindow::CreateUI()
     trayIcon->setIcon(QIcon(ICON_PATH));
     trayIcon->setVisible(true);
 
-    cMIDIActiveWidget* inputLamp = new cMIDIActiveWidget;
-    inputLamp->setObjectName(QStringLiteral("mMixerMIDIInActiveWidget"));
-    inputLamp->setFixedSize(10, 10);
-    connect(translatorConfiguration, &cMIDITranslatorConfiguration::MixerMIDIInputRead,
-        inputLamp, &cMIDIActiveWidget::MIDIActive);
-    cMIDIActiveWidget* outputLamp = new cMIDIActiveWidget;
-    outputLamp->setObjectName(QStringLiteral("mMixerMIDIOutActiveWidget"));
-    outputLamp->setFixedSize(10, 10);
-    connect(translatorConfiguration, &cMIDITranslatorConfiguration::MixerMIDIOutputWrite,
-        outputLamp, &cMIDIActiveWidget::MIDIActive);
-    statusBar()->addPermanentWidget(inputLamp);
-    statusBar()->addPermanentWidget(outputLamp);
+    AddActivityLamp(QStringLiteral("mMixerMIDIInActiveWidget"), &cMIDITranslatorConfiguration::MixerMIDIInputRead);
+    AddActivityLamp(QStringLiteral("mMixerMIDIOutActiveWidget"), &cMIDITranslatorConfiguration::MixerMIDIOutputWrite);
     statusBar()->layout()->setContentsMargins(0, 0, 5, 0);
 
     connect(trayIcon, &QSystemTrayIcon::activated, this, &cMainWindow::SystemTrayIconActivated);
     connect(ui->mConnectCheckBox, &QCheckBox::toggled, this, &cMainWindow::ConnectCheckBoxToggled);
     // Only the user's own clicks: the program unticks it in many flows.
     connect(ui->mConnectCheckBox, &QCheckBox::clicked, this, [this](bool checked) { connectHeldOff = !checked; });
+}
+
+// A lamp at the right of the status bar that lights while the configuration
+// reports traffic through one of the mixer's ports.
+void cMainWindow::AddActivityLamp(const QString& name, void (cMIDITranslatorConfiguration::*traffic)())
+{
+    cMIDIActiveWidget* lamp = new cMIDIActiveWidget;
+    lamp->setObjectName(name);
+    lamp->setFixedSize(10, 10);
+    connect(translatorConfiguration, traffic, lamp, &cMIDIActiveWidget::MIDIActive);
+    statusBar()->addPermanentWidget(lamp);
 }
 
 void cMainWindow::CreateActions()

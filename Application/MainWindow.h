@@ -65,6 +65,7 @@ private:
     void CreateMIDIChannelComboBox();
     void CreateConnectionRadioGroups();
     void CreateUI();
+    void AddActivityLamp(const QString& name, void (cMIDITranslatorConfiguration::*traffic)());
     void CreateActions();
     void LoadSettings();
     void LoadDAWSetting();

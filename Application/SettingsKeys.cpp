@@ -47,9 +47,9 @@ QString cSettingsKeys::GetDefaultUnitNameKey() const
     return mixerTypeString + QStringLiteral("/Connection/DefaultUnitName");
 }
 
-// The doubled separator is how this key has always been written; the settings
-// store folds it, so the value sits beside DefaultUnitName. Keeping the text
-// as it is keeps old stores readable.
+// The doubled separator is how this key has always been written. The settings
+// store folds a run of separators into one, so the value sits beside
+// DefaultUnitName.
 QString cSettingsKeys::GetDefaultUnitIPAddressKey() const
 {
     return mixerTypeString + QStringLiteral("/Connection//DefaultUnitIP");

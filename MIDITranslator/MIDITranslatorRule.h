@@ -14,9 +14,9 @@
 class cMIDITranslatorConfiguration;
 
 // One translation rule: an incoming MIDI string heard on some ports, and an
-// outgoing MIDI string sent to others. Both strings are compiled once, when
-// the rule is loaded: the incoming one into a match pattern, the outgoing one
-// into a translation map that says where each output nibble comes from.
+// outgoing MIDI string sent to others. The incoming string is compiled into a
+// match pattern, the outgoing one into a translation map that says where each
+// output nibble comes from.
 class cMIDITranslatorRule
 {
 public:
@@ -48,7 +48,10 @@ public:
     const sMIDIMatchByteListIdentifier& GetMIDIMatchNibbleListIdentifier() const;
     void GetMIDIOutputFromMIDIInput(std::vector<unsigned char>& output, const std::vector<unsigned char>& input) const;
 
-    // Compilation (run by the loader, and again when a global variable changes).
+    // Compilation. The pattern holds the values of the global variables it
+    // uses, so it is compiled again whenever one changes. The map is compiled
+    // once, by the loader: it names the variables and reads their values when
+    // output is made, and compiling it again would append to it.
     void CreateMIDIMatchByteListIdentifier();
     void CreateTranslationMap();
 

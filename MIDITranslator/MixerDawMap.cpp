@@ -72,8 +72,9 @@ QString cMixerDawMap::GetFilePathForMixerAndDAW(const QString& mixer, const QStr
     auto found = mixers.constFind(mixer);
     if (found == mixers.constEnd())
     {
-        // The mixer name itself, not an empty string: callers have always
-        // relied on this answer differing from the unknown-DAW one.
+        // The mixer name itself, not an empty string, as the map has always
+        // answered. Nothing tells the two answers apart: either way the rule
+        // file cannot be opened, and that is reported where it is loaded.
         DebugErrTrace(DEBUG_LOCATION, "Unknown mixer name \"%s\"", mixer.toLocal8Bit().constData());
         return mixer;
     }

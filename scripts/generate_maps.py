@@ -246,7 +246,7 @@ def write_json(path, document):
         out.write("\n".join(lines) + "\n")
 
 
-MIXERS = [("Tx-16", "tx16", TxConsole(), 16), ("Tx-8", "tx8", TxConsole(), 8), ("KVR-12", "kvr12", KvrConsole(), 12)]
+MIXERS = [("Tx-16", "tx16", TxConsole(), 16), ("Tx-8", "tx8", TxConsole(), 8), ("Unison KVR-12", "kvr12", KvrConsole(), 12)]
 PROTOCOLS = [MackieControl, GenericCC]
 
 

@@ -101,11 +101,14 @@ private slots:
 
         cMIDIInput* input = registry.GetMIDIInput(QStringLiteral("Test Mixer:Console"));
         QVERIFY(input);
-        QSignalSpy readReady(input, &cMIDIInput::MIDIReadReady);
+        // A port drops what arrives while nobody listens. The receiver stands
+        // in for the program's matcher, on this thread (a QSignalSpy would be
+        // called on the sequencer's reader thread); the test reads the buffer.
+        QObject receiver;
+        connect(input, &cMIDIInput::MIDIReadReady, &receiver, [] {});
         mixer.Send(console, SND_SEQ_ADDRESS_SUBSCRIBERS, SND_SEQ_ADDRESS_UNKNOWN, Hex("B007640A40F8903C7F") + SystemExclusive());
         const QByteArray expected = Hex("B00764B00A40F8903C7F") + SystemExclusive();
         QCOMPARE(ReadAtLeast(input, expected.size()), expected);
-        QVERIFY(readReady.count() > 0);
 
         cMIDIOutput* output = registry.GetMIDIOutput(QStringLiteral("Test Mixer:Console"));
         QVERIFY(output);
@@ -143,7 +146,8 @@ private slots:
         }
 
         cMIDIInput* fromDAW = registry.GetMIDIInput(QStringLiteral("Tessera DAW"));
-        QSignalSpy readReady(fromDAW, &cMIDIInput::MIDIReadReady);
+        QObject receiver;
+        connect(fromDAW, &cMIDIInput::MIDIReadReady, &receiver, [] {});
         daw.Send(dawPort, ourClient, ourPort, SystemExclusive() + Hex("903C7F3E7F4000B007640A40"));
         const QByteArray expected = SystemExclusive() + Hex("903C7F903E7F904000B00764B00A40");
         QCOMPARE(ReadAtLeast(fromDAW, expected.size()), expected);

@@ -53,12 +53,16 @@ private slots:
         fixture.configuration.AddInternalInputOutput(QStringLiteral("Mixer In"), &port);
         QSignalSpy reads(&fixture.matcher, &cMIDIInputMatcher::MIDIInputReadSignal);
 
-        // Half a message before the port goes.
-        port.ReceiveMIDIData(MIDIBytes("B0 07"));
+        // Half a message before the port goes; another port coming and going
+        // changes nothing.
+        port.ReceiveMIDIData(MIDIBytes("B0"));
+        cMIDIInputOutputMemory other(QStringLiteral("Other"));
+        fixture.configuration.AddInternalInputOutput(QStringLiteral("Other"), &other);
         fixture.configuration.RemoveInternalInputOutput(QStringLiteral("Other"));
+        port.ReceiveMIDIData(MIDIBytes("07"));
         fixture.configuration.RemoveInternalInputOutput(QStringLiteral("Mixer In"));
         port.ReceiveMIDIData(MIDIBytes("90 40 7F"));
-        QCOMPARE(reads.count(), 1);
+        QCOMPARE(reads.count(), 2);
         QVERIFY(fixture.recorder.triggers.isEmpty());
 
         // What arrived while unbound was dropped, as a platform port drops

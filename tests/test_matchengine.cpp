@@ -56,6 +56,8 @@ private slots:
             << QStringList{"B0 07 **", "B0 07 00"} << "B0 07 55" << QStringList{"1:B00755", "2:B00755"};
         QTest::newRow("wildcard shares the literal 0 path")
             << QStringList{"90 **", "9* 40"} << "91 40 90 40" << QStringList{"1:9040", "2:9040"};
+        QTest::newRow("one state: a wildcard's endpoint before an older literal one's")
+            << QStringList{"B0 7F", "B0 7*"} << "B0 7F" << QStringList{"2:B07F", "1:B07F"};
         QTest::newRow("fork: older branch fires first")
             << QStringList{"9* 40", "91 40"} << "91 40 92 40" << QStringList{"1:9140", "2:9140", "1:9240"};
         QTest::newRow("fork: the wildcard branch goes before an older literal one")
@@ -84,14 +86,14 @@ private slots:
         QCOMPARE(engine.recorder.triggers, expected);
     }
 
-    void NoStateBeginsWhereNoPatternBegins()
+    void EndpointsOfADetachedSubtree()
     {
-        sEngine engine({"B0 07 **", "B0 07 7F"});
-        cMIDIMatchManager& manager = engine.manager;
-        Feed(manager, "B0 07");
-        QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
-        Feed(manager, "7F");
-        QCOMPARE(manager.GetProcessStates().Size(), size_t(0));
+        cMIDIMatchBranchNode root({0, 0}, 0), top({0xB, 0}, 1);
+        auto* leaf = new cMIDIMatchBranchNode({0, 1}, 2);
+        top.AddChildBranchNode(leaf);
+        auto* endpoint = new cMIDIMatchBranchNodeEndpoint(nullptr, 1, {});
+        leaf->AddBranchNodeEndpoint(endpoint);
+        QVERIFY(top.HasChildBranchNodeEndpoint(endpoint) && !root.HasChildBranchNodeEndpoint(endpoint));
     }
 
     void DuplicateIdentifier()

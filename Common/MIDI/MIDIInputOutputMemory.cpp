@@ -1,10 +1,9 @@
 #include "Common/MIDI/MIDIInputOutputMemory.h"
 
-#include <QMetaMethod>
 #include <QMutexLocker>
 
 cMIDIInputOutputMemory::cMIDIInputOutputMemory(const QString& name, QObject* parent)
-    : cMIDIInputOutput(parent), name(name)
+    : cBufferedMIDIInput<cMIDIInputOutput>(parent), name(name)
 {
 }
 
@@ -13,32 +12,15 @@ QString cMIDIInputOutputMemory::GetName() const
     return name;
 }
 
-// Like a platform port, bytes that arrive while nobody listens are dropped:
-// a matcher that binds later must not translate stale input.
 void cMIDIInputOutputMemory::ReceiveMIDIData(const QByteArray& bytes)
 {
-    if (!isSignalConnected(QMetaMethod::fromSignal(&cMIDIInput::MIDIReadReady)))
-    {
-        return;
-    }
-    {
-        QMutexLocker lock(&mutex);
-        receivedData.append(bytes);
-    }
-    emit MIDIReadReady();
-}
-
-void cMIDIInputOutputMemory::ReadMIDIData(QByteArray& data)
-{
-    QMutexLocker lock(&mutex);
-    data = receivedData;
-    receivedData.clear();
+    BufferMIDIData(bytes);
 }
 
 void cMIDIInputOutputMemory::WriteMIDIData(QByteArray& data)
 {
     {
-        QMutexLocker lock(&mutex);
+        QMutexLocker lock(&writtenMutex);
         writtenData.append(data);
     }
     emit MIDIWritten(data);
@@ -46,7 +28,7 @@ void cMIDIInputOutputMemory::WriteMIDIData(QByteArray& data)
 
 QList<QByteArray> cMIDIInputOutputMemory::TakeWrittenData()
 {
-    QMutexLocker lock(&mutex);
+    QMutexLocker lock(&writtenMutex);
     QList<QByteArray> written;
     written.swap(writtenData);
     return written;

@@ -1,6 +1,7 @@
 #ifndef MIDIINPUTOUTPUTMEMORY_H
 #define MIDIINPUTOUTPUTMEMORY_H
 
+#include "Common/MIDI/BufferedMIDIInput.h"
 #include "Common/MIDI/MIDIInputOutput.h"
 
 #include <QList>
@@ -11,7 +12,7 @@
 // (from any thread, like a platform port), and what is written is kept and
 // signalled. It stands in for the mixer and the DAW where no MIDI service is
 // wanted: in tests, in the rule checker, and wherever ALSA is not available.
-class cMIDIInputOutputMemory : public cMIDIInputOutput
+class cMIDIInputOutputMemory : public cBufferedMIDIInput<cMIDIInputOutput>
 {
     Q_OBJECT
 public:
@@ -23,7 +24,6 @@ public:
     // MIDIReadReady(); with no receiver connected they are dropped.
     void ReceiveMIDIData(const QByteArray& bytes);
 
-    void ReadMIDIData(QByteArray& data) override;
     void WriteMIDIData(QByteArray& data) override;
 
     // Every write since the last call, one entry per write, in order.
@@ -34,8 +34,7 @@ signals:
 
 private:
     QString name;
-    QMutex mutex;
-    QByteArray receivedData;
+    QMutex writtenMutex;
     QList<QByteArray> writtenData;
 };
 

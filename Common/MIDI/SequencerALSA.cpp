@@ -180,16 +180,6 @@ bool cSequencerALSA::Open()
     return true;
 }
 
-bool cSequencerALSA::IsOpen() const
-{
-    return handle != nullptr;
-}
-
-int cSequencerALSA::GetClientId() const
-{
-    return clientId;
-}
-
 QList<sPortInfoALSA> cSequencerALSA::GetPorts() const
 {
     QList<sPortInfoALSA> ports;

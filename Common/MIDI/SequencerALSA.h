@@ -66,9 +66,6 @@ public:
     cSequencerALSA();
     ~cSequencerALSA() override;
 
-    bool IsOpen() const;
-    int GetClientId() const;
-
     // The ports of every other client (not of the system client) that carry
     // MIDI and may be shown to users, in client and port order.
     QList<sPortInfoALSA> GetPorts() const;

@@ -66,3 +66,12 @@ QStringList cSystemMIDIConfiguration::GetVirtualInputOutputNames() const
 {
     return virtualInputOutputs.keys() + internalInputOutputs.keys();
 }
+
+QStringList cSystemMIDIConfiguration::WithoutOwnNames(QStringList names) const
+{
+    for (const QString& own : GetVirtualInputOutputNames())
+    {
+        names.removeAll(own);
+    }
+    return names;
+}

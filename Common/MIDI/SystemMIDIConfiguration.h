@@ -50,6 +50,9 @@ signals:
 protected:
     // Makes the platform's virtual port pair, parented to this registry.
     virtual cMIDIInputOutput* NewVirtualInputOutput(const QString& name) = 0;
+    // The system port names less the program's own: those are never offered
+    // as system ports.
+    QStringList WithoutOwnNames(QStringList names) const;
 
 private:
     QHash<QString, cMIDIInputOutput*> virtualInputOutputs;

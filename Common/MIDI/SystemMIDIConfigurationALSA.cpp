@@ -258,12 +258,3 @@ void cSystemMIDIConfigurationALSA::Removed(
     emit (this->*removedSignal)(identifier.name);
     delete identifier.port;
 }
-
-QStringList cSystemMIDIConfigurationALSA::WithoutOwnNames(QStringList names) const
-{
-    for (const QString& own : GetVirtualInputOutputNames())
-    {
-        names.removeAll(own);
-    }
-    return names;
-}

@@ -64,8 +64,6 @@ private:
     template <typename Port>
     void Removed(QList<sMIDIPortIdentifier<Port>>& identifiers, sPortAddressALSA address, RegistrySignal removedSignal);
 
-    QStringList WithoutOwnNames(QStringList names) const;
-
     std::shared_ptr<cSequencerALSA> sequencer;
     QList<sMIDIInputIdentifier> inputIdentifiers;
     QList<sMIDIOutputIdentifier> outputIdentifiers;

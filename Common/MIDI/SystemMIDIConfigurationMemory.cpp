@@ -102,7 +102,6 @@ cMIDIInputOutputMemory* cSystemMIDIConfigurationMemory::FindSystemInputOutput(co
     return nullptr;
 }
 
-// The program's own ports are never offered as system ports.
 QStringList cSystemMIDIConfigurationMemory::GetSystemNames() const
 {
     QStringList names;
@@ -110,9 +109,5 @@ QStringList cSystemMIDIConfigurationMemory::GetSystemNames() const
     {
         names.append(port->GetName());
     }
-    for (const QString& own : GetVirtualInputOutputNames())
-    {
-        names.removeAll(own);
-    }
-    return names;
+    return WithoutOwnNames(names);
 }

@@ -22,11 +22,6 @@ bool cMIDIPeerServer::Start(QString& errorText)
     return true;
 }
 
-bool cMIDIPeerServer::HasPeer() const
-{
-    return peer != nullptr;
-}
-
 bool cMIDIPeerServer::Send(const QByteArray& bytes)
 {
     if (!peer)

@@ -22,7 +22,6 @@ public:
     cMIDIPeerServer(const QHostAddress& address, bool echo, QObject* parent = nullptr);
 
     bool Start(QString& errorText);
-    bool HasPeer() const;
     // False when there is no peer to send to.
     bool Send(const QByteArray& bytes);
     void ClosePeer();

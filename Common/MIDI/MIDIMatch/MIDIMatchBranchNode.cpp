@@ -66,11 +66,6 @@ const std::vector<cMIDIMatchBranchNode*>& cMIDIMatchBranchNode::GetChildBranchNo
     return children;
 }
 
-const std::vector<cMIDIMatchBranchNodeEndpoint*>& cMIDIMatchBranchNode::GetBranchNodeEndpoints() const
-{
-    return endpoints;
-}
-
 const std::vector<cMIDIMatchBranchNodeEndpoint*>& cMIDIMatchBranchNode::GetAllChildrensBranchNodeEndpoints() const
 {
     return childEndpoints;
@@ -78,16 +73,7 @@ const std::vector<cMIDIMatchBranchNodeEndpoint*>& cMIDIMatchBranchNode::GetAllCh
 
 bool cMIDIMatchBranchNode::HasChildBranchNodeEndpoint(const cMIDIMatchBranchNodeEndpoint* endpoint) const
 {
-    const cMIDIMatchBranchNode* node = endpoint->GetBranchNode();
-    if (!node || node->depth <= depth)
-    {
-        return false;
-    }
-    while (node->depth > depth)
-    {
-        node = node->parent;
-    }
-    return node == this;
+    return std::find(childEndpoints.begin(), childEndpoints.end(), endpoint) != childEndpoints.end();
 }
 
 void cMIDIMatchBranchNode::AddChildBranchNode(cMIDIMatchBranchNode* child)
@@ -115,7 +101,6 @@ void cMIDIMatchBranchNode::RemoveChildBranchNode(cMIDIMatchBranchNode* child)
 
 void cMIDIMatchBranchNode::AddBranchNodeEndpoint(cMIDIMatchBranchNodeEndpoint* endpoint)
 {
-    endpoint->SetBranchNode(this);
     endpoints.push_back(endpoint);
     if (parent)
     {

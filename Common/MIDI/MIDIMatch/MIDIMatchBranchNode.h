@@ -29,12 +29,10 @@ public:
     bool HasChildBranchNodes() const;
     bool HasBranchNodeEndpoints() const;
     const std::vector<cMIDIMatchBranchNode*>& GetChildBranchNodes() const;
-    const std::vector<cMIDIMatchBranchNodeEndpoint*>& GetBranchNodeEndpoints() const;
     // Every endpoint that hangs on a strict descendant of this node.
     const std::vector<cMIDIMatchBranchNodeEndpoint*>& GetAllChildrensBranchNodeEndpoints() const;
-    // Whether the endpoint hangs on a strict descendant of this node: the same
-    // answer as a search of GetAllChildrensBranchNodeEndpoints(), found by
-    // walking up from the endpoint's node, which is at most a pattern long.
+    // Whether the endpoint hangs on a strict descendant of this node. Only the
+    // address is compared: the endpoint may already be deleted.
     bool HasChildBranchNodeEndpoint(const cMIDIMatchBranchNodeEndpoint* endpoint) const;
 
     // Takes ownership. A wildcard child goes to the front, a literal child to the back.

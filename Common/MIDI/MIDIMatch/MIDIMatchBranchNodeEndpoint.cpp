@@ -9,26 +9,6 @@ cMIDIMatchBranchNodeEndpoint::cMIDIMatchBranchNodeEndpoint(cMIDIMatchTriggerList
 {
 }
 
-int cMIDIMatchBranchNodeEndpoint::GetIdentifier() const
-{
-    return identifier;
-}
-
-const std::vector<sMIDIMatchNibble>& cMIDIMatchBranchNodeEndpoint::GetNibbles() const
-{
-    return nibbles;
-}
-
-cMIDIMatchBranchNode* cMIDIMatchBranchNodeEndpoint::GetBranchNode() const
-{
-    return branchNode;
-}
-
-void cMIDIMatchBranchNodeEndpoint::SetBranchNode(cMIDIMatchBranchNode* node)
-{
-    branchNode = node;
-}
-
 void cMIDIMatchBranchNodeEndpoint::TriggerAction(const std::vector<unsigned char>& capturedNibbles,
                                                  std::vector<unsigned char>& packedBytes) const
 {

@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-class cMIDIMatchBranchNode;
-
 // Marks that a complete pattern ends at a node of the match tree, and knows
 // whom to tell, under which identifier, when a partial match gets there.
 // Owned by the node that holds it.
@@ -17,13 +15,6 @@ public:
     // The listener is not owned and may be null: a trigger then does nothing.
     cMIDIMatchBranchNodeEndpoint(cMIDIMatchTriggerListener* listener, int identifier,
                                  std::vector<sMIDIMatchNibble> nibbles);
-
-    int GetIdentifier() const;
-    const std::vector<sMIDIMatchNibble>& GetNibbles() const;
-
-    // The node that holds this endpoint; set when a node takes it.
-    cMIDIMatchBranchNode* GetBranchNode() const;
-    void SetBranchNode(cMIDIMatchBranchNode* node);
 
     // Packs the captured nibbles in pairs into the bytes that matched and
     // tells the listener. packedBytes is the caller's buffer, reused from one
@@ -38,7 +29,6 @@ private:
     cMIDIMatchTriggerListener* listener;
     int identifier;
     std::vector<sMIDIMatchNibble> nibbles;
-    cMIDIMatchBranchNode* branchNode = nullptr;
 };
 
 #endif

@@ -48,7 +48,6 @@ public:
     void ForgetIllegalEndpoint(const cMIDIMatchBranchNodeEndpoint* endpoint);
 
     cMIDIMatchBranchNode* GetCurrentMatchBranchNode() const { return currentNode; }
-    const std::vector<unsigned char>& GetCapturedNibbles() const { return capturedNibbles; }
 
 private:
     cMIDIMatchBranchNode* currentNode = nullptr;
@@ -62,7 +61,6 @@ class cMIDIMatchProcessStateList
 {
 public:
     size_t Size() const { return size; }
-    bool IsEmpty() const { return size == 0; }
     cMIDIMatchProcessState& operator[](size_t index) { return states[index]; }
     const cMIDIMatchProcessState& operator[](size_t index) const { return states[index]; }
 
