@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSaveFile>
+#include <QScreen>
 #include <QScrollBar>
 #include <QTimer>
 #include <QTreeView>
@@ -40,7 +41,7 @@ cMIDIMonitorWindow::cMIDIMonitorWindow(cMIDITranslatorConfiguration* configurati
     const int digitWidth = fontMetrics().horizontalAdvance(QLatin1Char('0'));
     // In digits: wide enough for a port name with its alias and a message
     // of three bytes; the rule takes the rest.
-    const int columnWidths[] = {8, 4, 40, 26, 28};
+    const int columnWidths[] = {10, 4, 36, 24, 26};
     for (int column = 0; column < cMIDIMonitorModel::RULE_COLUMN; ++column)
     {
         view->header()->resizeSection(column, columnWidths[column] * digitWidth);
@@ -63,7 +64,7 @@ cMIDIMonitorWindow::cMIDIMonitorWindow(cMIDITranslatorConfiguration* configurati
     QVBoxLayout* layout = new QVBoxLayout(this);
     layout->addWidget(view);
     layout->addLayout(buttons);
-    resize(140 * digitWidth, 30 * fontMetrics().height());
+    resize(QSize(125 * digitWidth, 30 * fontMetrics().height()).boundedTo(screen()->availableGeometry().size()));
 }
 
 cMIDIMonitorWindow::~cMIDIMonitorWindow()
