@@ -87,7 +87,7 @@ void cMIDIInputMatcher::MIDIReadReady()
 void cMIDIInputMatcher::SetMIDITrafficListener(cMIDITrafficListener* listener)
 {
     trafficListener = listener;
-    // A message begun before someone listened is not told in halves.
+    // The cutting starts afresh: a message begun before belongs to no one.
     messageSplitter.Flush();
 }
 
