@@ -4,6 +4,7 @@
 #include "Application/AutostartEntry.h"
 #include "Application/IPAddressValidator.h"
 #include "Application/MIDIActiveWidget.h"
+#include "Application/MIDIMonitorWindow.h"
 #include "Application/WidgetGroup.h"
 #include "ui_MainWindow.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
@@ -178,6 +179,7 @@ void cMainWindow::CreateUI()
     // Help stands above About on purpose: it is what a user looks for first.
     trayIconMenu = new QMenu(this);
     trayIconMenu->addAction(showPreferencesAction);
+    trayIconMenu->addAction(midiMonitorAction);
     trayIconMenu->addSeparator();
     trayIconMenu->addAction(stayConnectedAction);
     trayIconMenu->addAction(startAtLoginAction);
@@ -223,6 +225,8 @@ void cMainWindow::CreateActions()
 {
     showPreferencesAction = new QAction(tr("&Show Preferences"), this);
     connect(showPreferencesAction, &QAction::triggered, this, &cMainWindow::ShowPreferences);
+    midiMonitorAction = new QAction(tr("MIDI Monitor"), this);
+    connect(midiMonitorAction, &QAction::triggered, this, &cMainWindow::ShowMIDIMonitor);
     // Set from the settings when the mixer type changes, which does not trigger it.
     stayConnectedAction = new QAction(tr("Stay Connected"), this);
     stayConnectedAction->setCheckable(true);
@@ -244,6 +248,17 @@ void cMainWindow::ShowPreferences()
     showNormal();
     raise();
     activateWindow();
+}
+
+void cMainWindow::ShowMIDIMonitor()
+{
+    if (!midiMonitorWindow)
+    {
+        midiMonitorWindow = new cMIDIMonitorWindow(translatorConfiguration, this);
+    }
+    midiMonitorWindow->showNormal();
+    midiMonitorWindow->raise();
+    midiMonitorWindow->activateWindow();
 }
 
 void cMainWindow::SystemTrayIconActivated(QSystemTrayIcon::ActivationReason reason)

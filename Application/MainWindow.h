@@ -15,6 +15,7 @@ class QComboBox;
 class QMenu;
 class QTimer;
 class Ui_MainWindow;
+class cMIDIMonitorWindow;
 class cMIDITranslatorConfiguration;
 class cMultiUnitFinder;
 class cSystemMIDIConfiguration;
@@ -38,6 +39,7 @@ public:
 
 public slots:
     void ShowPreferences();
+    void ShowMIDIMonitor();
     void ShowAboutMessageBox();
     void OpenHelpManual();
     void StartAtLoginTriggered(bool checked);
@@ -105,6 +107,7 @@ private:
     cMultiUnitFinder* multiUnitFinder = nullptr;
 
     QAction* showPreferencesAction = nullptr;
+    QAction* midiMonitorAction = nullptr;
     QAction* stayConnectedAction = nullptr;
     QAction* aboutAction = nullptr;
     QAction* startAtLoginAction = nullptr;
@@ -112,6 +115,8 @@ private:
     QAction* quitAction = nullptr;
     QMenu* trayIconMenu = nullptr;
     QSystemTrayIcon* trayIcon = nullptr;
+    // Made when first asked for; most shows never open it.
+    cMIDIMonitorWindow* midiMonitorWindow = nullptr;
 };
 
 #endif

@@ -3,6 +3,7 @@
 #include "Application/DebugTrace.h"
 #include "Common/MIDI/MIDIInputMatcher.h"
 #include "Common/MIDI/MIDIOutput.h"
+#include "Common/MIDI/MIDITrafficListener.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
 #include "MIDITranslator/JsonFile.h"
 
@@ -174,6 +175,7 @@ void cMIDITranslatorConfiguration::CreateMIDIInputMatchers()
             if (!matcher)
             {
                 matcher = new cMIDIInputMatcher(real, systemMIDIConfiguration, this, this);
+                matcher->SetMIDITrafficListener(trafficListener);
                 inputMatchers.insert(real, matcher);
                 // Only the rule that brings the matcher into being decides
                 // whether its port counts as the mixer's for the activity lamp.
@@ -224,6 +226,16 @@ QString cMIDITranslatorConfiguration::GetOutputPortNameFromAlias(QString name) c
     return outputAliases.value(name, name);
 }
 
+QString cMIDITranslatorConfiguration::GetInputAliasOfPortName(QString name) const
+{
+    return inputAliases.key(name);
+}
+
+QString cMIDITranslatorConfiguration::GetOutputAliasOfPortName(QString name) const
+{
+    return outputAliases.key(name);
+}
+
 QList<cMIDITranslatorRule> cMIDITranslatorConfiguration::GetMIDITranslatorRules() const
 {
     return rules;
@@ -267,6 +279,10 @@ void cMIDITranslatorConfiguration::MIDIMatchTriggered(int id, const std::vector<
         DebugErrTrace(DEBUG_LOCATION, "Invalid Trigger Id: %d", id);
         return;
     }
+    if (trafficListener)
+    {
+        trafficListener->MIDIRuleTriggered(id, bytes);
+    }
     outputBytes.clear();
     rules.at(id).GetMIDIOutputFromMIDIInput(outputBytes, bytes);
     QByteArray data(reinterpret_cast<const char*>(outputBytes.data()), static_cast<int>(outputBytes.size()));
@@ -280,10 +296,23 @@ void cMIDITranslatorConfiguration::MIDIMatchTriggered(int id, const std::vector<
         }
         // Empty output is still written: the rule fired, and the port decides.
         output->WriteMIDIData(data);
+        if (trafficListener)
+        {
+            trafficListener->MIDIMessageWritten(port.realName, data);
+        }
         if (port.isMixerOutput)
         {
             emit MixerMIDIOutputWrite();
         }
+    }
+}
+
+void cMIDITranslatorConfiguration::SetMIDITrafficListener(cMIDITrafficListener* listener)
+{
+    trafficListener = listener;
+    for (cMIDIInputMatcher* matcher : qAsConst(inputMatchers))
+    {
+        matcher->SetMIDITrafficListener(listener);
     }
 }
 

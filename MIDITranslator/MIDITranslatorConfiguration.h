@@ -20,6 +20,7 @@
 
 class cMIDIInputMatcher;
 class cMIDIInputOutput;
+class cMIDITrafficListener;
 class cSystemMIDIConfiguration;
 
 // Holds one loaded rule file and everything built from it: the virtual ports
@@ -40,6 +41,9 @@ public:
 
     QString GetInputPortNameFromAlias(QString name) const;
     QString GetOutputPortNameFromAlias(QString name) const;
+    // The alias the rule file gives a real port, or an empty string.
+    QString GetInputAliasOfPortName(QString name) const;
+    QString GetOutputAliasOfPortName(QString name) const;
     QList<cMIDITranslatorRule> GetMIDITranslatorRules() const;
     const QList<cMIDITranslatorVariable>& GetMIDITranslatorVariables() const;
     cSystemMIDIConfiguration* GetSystemMIDIConfiguration() const;
@@ -48,6 +52,9 @@ public:
     QStringList GetOutgoingPortNames() const;
 
     void MIDIMatchTriggered(int id, const std::vector<unsigned char>& bytes) override;
+    // Lets a monitor watch every message read, rule fired and write made,
+    // through this and every later rule file (null stops); not owned.
+    void SetMIDITrafficListener(cMIDITrafficListener* listener);
 
     QString GetMixerInputPortName() const;
     QString GetMixerOutputPortName() const;
@@ -96,6 +103,7 @@ private:
     QList<cMIDITranslatorVariable> variables;
     QJsonDocument document;
     QString filePath;
+    cMIDITrafficListener* trafficListener = nullptr;
     // Per rule, indexed by identifier: where its output goes.
     QVector<QVector<sOutgoingPort>> ruleOutgoingPorts;
     // Reused by every dispatch, so building the output allocates nothing.

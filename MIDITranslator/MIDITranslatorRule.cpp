@@ -225,6 +225,29 @@ void cMIDITranslatorRule::GetMIDIOutputFromMIDIInput(std::vector<unsigned char>&
     }
 }
 
+// Explains a translation, so it follows the output's reading of the incoming
+// string, halved nibble positions and all, rather than what the letters seem
+// to say. Only the rule replayer asks, never the byte path: the look-ups
+// split the incoming string afresh.
+QList<cMIDITranslatorRule::sCapturedValue> cMIDITranslatorRule::GetCapturedValues(
+    const std::vector<unsigned char>& input) const
+{
+    QList<sCapturedValue> captured;
+    for (const QString& variable : localVariables)
+    {
+        const size_t nibbleIndex = static_cast<size_t>(GetInputNibbleIndexOfVariableFromIncomingMIDI(variable));
+        if (nibbleIndex / 2 >= input.size())
+        {
+            continue;
+        }
+        const unsigned char byte = input[nibbleIndex / 2];
+        const bool wholeByte = IsInputVariableIsWholeByteInIncomingMIDI(variable);
+        const UBYTE value = wholeByte ? byte : (nibbleIndex % 2 ? byte & 0x0F : byte >> 4);
+        captured.append({variable, value, wholeByte});
+    }
+    return captured;
+}
+
 // Global values are read now: the pattern holds the values current at
 // compile time, so a changed global needs the rule compiled again.
 void cMIDITranslatorRule::CreateMIDIMatchByteListIdentifier()

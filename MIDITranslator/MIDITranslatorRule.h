@@ -28,6 +28,15 @@ public:
         bool useHighNibble = false;
     };
 
+    // What a matched message gave one local variable: a whole byte where the
+    // variable stands alone in its token, a nibble otherwise.
+    struct sCapturedValue
+    {
+        QString variableName;
+        UBYTE value = 0;
+        bool wholeByte = false;
+    };
+
     explicit cMIDITranslatorRule(const cMIDITranslatorConfiguration* configuration = nullptr);
 
     int GetIndentifier() const;
@@ -47,6 +56,9 @@ public:
 
     const sMIDIMatchByteListIdentifier& GetMIDIMatchNibbleListIdentifier() const;
     void GetMIDIOutputFromMIDIInput(std::vector<unsigned char>& output, const std::vector<unsigned char>& input) const;
+    // The local variables' values in a matched message, in the order the
+    // incoming string names them, read from where the output reads them.
+    QList<sCapturedValue> GetCapturedValues(const std::vector<unsigned char>& input) const;
 
     // Compilation. The pattern holds the values of the global variables it
     // uses, so it is compiled again whenever one changes. The map is compiled

@@ -2,11 +2,19 @@
 // mixer port's ReadMIDIData, through its matcher, the rule's output and the
 // alias look-up, to the DAW port's WriteMIDIData. The rule file is a control
 // surface of 160 rules: per channel 1-8, controllers 0-7, note on and pitch
-// bend from the mixer, each with its translation back from the DAW.
+// bend from the mixer, each with its translation back from the DAW. The
+// second argument opens the MIDI monitor window (offscreen): it records every
+// message read and written, and the event loop hands its rows to the view.
 
 #include "Common/MIDI/MIDIInputOutput.h"
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
+
+#ifdef TESSERA_BENCH_MONITOR
+#include "Application/MIDIMonitorWindow.h"
+
+#include <QApplication>
+#endif
 
 #include <QFile>
 #include <QJsonArray>
@@ -159,12 +167,27 @@ void BM_Dispatch(benchmark::State& state)
         return;
     }
 
+#ifdef TESSERA_BENCH_MONITOR
+    cMIDIMonitorWindow monitor(&configuration);
+    if (state.range(1) != 0)
+    {
+        monitor.show();
+    }
+#endif
+
     const QList<QByteArray> chunks = MixerChunks(chunkSize);
     int next = 0;
     for (auto _ : state)
     {
         desk.Deliver(chunks.at(next));
         next = (next + 1) % chunks.size();
+#ifdef TESSERA_BENCH_MONITOR
+        // The event loop that delivers the reads also shows the monitor's rows.
+        if (state.range(1) != 0 && next % 256 == 0)
+        {
+            QCoreApplication::processEvents();
+        }
+#endif
     }
     if (daw.writes != static_cast<int64_t>(state.iterations()) * chunkSize)
     {
@@ -174,5 +197,21 @@ void BM_Dispatch(benchmark::State& state)
 }
 }
 
-BENCHMARK(BM_Dispatch)->Arg(1)->Arg(64);
+#ifdef TESSERA_BENCH_MONITOR
+BENCHMARK(BM_Dispatch)->ArgNames({"chunk", "monitor"})->ArgsProduct({{1, 64}, {0, 1}});
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
+#else
+BENCHMARK(BM_Dispatch)->ArgNames({"chunk", "monitor"})->ArgsProduct({{1, 64}, {0}});
 BENCHMARK_MAIN();
+#endif

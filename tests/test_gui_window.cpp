@@ -6,6 +6,8 @@
 
 #include "Application/ApplicationStrings.h"
 #include "Application/MIDIActiveWidget.h"
+#include "Application/MIDIMonitorModel.h"
+#include "Application/MIDIMonitorWindow.h"
 #include "Application/MainWindow.h"
 #include "Common/MIDI/MIDIInputOutputMemory.h"
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
@@ -16,15 +18,19 @@
 #include <QCheckBox>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFile>
 #include <QMenu>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QNetworkInterface>
+#include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTreeView>
 #include <QUrl>
 
 #include <algorithm>
@@ -199,8 +205,8 @@ private slots:
         {
             texts.append(action->isSeparator() ? QStringLiteral("--") : action->text());
         }
-        QCOMPARE(texts, QStringList({"&Show Preferences", "--", "Stay Connected", "Start at Login", "--", "&Help", "&About",
-                            "--", "&Quit"}));
+        QCOMPARE(texts, QStringList({"&Show Preferences", "MIDI Monitor", "--", "Stay Connected", "Start at Login", "--",
+                            "&Help", "&About", "--", "&Quit"}));
 
         // Only a double click on the icon opens the window.
         emit trayIcon->activated(QSystemTrayIcon::Trigger);
@@ -386,6 +392,89 @@ private slots:
             t.Address()->setText(entry.first);
             QVERIFY2(t.Connect()->isEnabled() == entry.second, qPrintable(entry.first));
         }
+    }
+
+    // What a user looks at when a fader does nothing: each message read with
+    // the rules it took part in (the second rule's pattern spans two
+    // messages), what they wrote, and what no rule wanted.
+    void MIDIMonitorShowsTraffic()
+    {
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/MIDI/InputPort", "Desk"}});
+        cWindowUnderTest t({"Desk"});
+        t.Action("MIDI Monitor")->trigger();
+        cMIDIMonitorWindow* monitor = t.window->findChild<cMIDIMonitorWindow*>();
+        QVERIFY(monitor->isVisible());
+        QTreeView* view = monitor->findChild<QTreeView*>();
+        auto* rows = static_cast<cMIDIMonitorModel*>(view->model());
+        // Times differ from run to run.
+        auto rowsWithoutTime = [rows](int first) {
+            QStringList texts;
+            for (int row = first; row < rows->rowCount(); ++row)
+            {
+                texts.append(rows->GetRowText(row).section(QLatin1Char('\t'), 1));
+            }
+            return texts;
+        };
+        auto button = [monitor](const QString& text) {
+            for (QPushButton* button : monitor->findChildren<QPushButton*>())
+            {
+                if (button->text() == text)
+                {
+                    return button;
+                }
+            }
+            return static_cast<QPushButton*>(nullptr);
+        };
+
+        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B10764B16300B10640C105"));
+        QTRY_COMPARE(rows->rowCount(), 6);
+        QCOMPARE(rowsWithoutTime(0), QStringList({
+            "in\tDesk (Mixer In)\tB1 07 64\tCC 7 = 100, ch 2\tFader to DAW",
+            "out\tTessera DAW\tB1 07 64\tCC 7 = 100, ch 2\tFader to DAW",
+            "in\tDesk (Mixer In)\tB1 63 00\tCC 99 = 0, ch 2\tMute to DAW",
+            "in\tDesk (Mixer In)\tB1 06 40\tCC 6 = 64, ch 2\tMute to DAW",
+            "out\tTessera DAW\t91 10 40\tNote On 16 vel 64, ch 2\tMute to DAW",
+            "in\tDesk (Mixer In)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
+
+        button("Pause")->click();
+        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B10765"));
+        QTest::qWait(300);
+        QCOMPARE(rows->rowCount(), 6);
+        button("Pause")->click();
+        button("Clear")->click();
+        QCOMPARE(rows->rowCount(), 0);
+
+        // One burst, far more than the history holds: the newest rows stay,
+        // and the list follows them.
+        QByteArray burst;
+        for (int message = 0; message < 10000; ++message)
+        {
+            burst += QByteArray::fromHex("B107") + static_cast<char>(message % 128);
+        }
+        t.Port("Desk")->ReceiveMIDIData(burst);
+        QTRY_COMPARE(rows->rowCount(), static_cast<int>(cMIDIMonitorModel::MAXIMUM_ROWS));
+        const QStringList newest({"in\tDesk (Mixer In)\tB1 07 0F\tCC 7 = 15, ch 2\tFader to DAW",
+                                  "out\tTessera DAW\tB1 07 0F\tCC 7 = 15, ch 2\tFader to DAW"});
+        QCOMPARE(rowsWithoutTime(rows->rowCount() - 2), newest);
+        QScrollBar* scrollBar = view->verticalScrollBar();
+        QVERIFY(scrollBar->maximum() > 0);
+        QCOMPARE(scrollBar->value(), scrollBar->maximum());
+
+        QTemporaryDir directory;
+        const QString path = directory.filePath("monitor.txt");
+        QVERIFY(monitor->SaveToFile(path));
+        QFile saved(path);
+        QVERIFY(saved.open(QIODevice::ReadOnly | QIODevice::Text));
+        const QStringList lines = QString::fromUtf8(saved.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), static_cast<int>(cMIDIMonitorModel::MAXIMUM_ROWS));
+        QCOMPARE(lines.last().section(QLatin1Char('\t'), 1), newest.last());
+
+        // Closed, it hears nothing.
+        monitor->close();
+        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B10701"));
+        t.Action("MIDI Monitor")->trigger();
+        QTest::qWait(300);
+        QCOMPARE(rowsWithoutTime(rows->rowCount() - 2), newest);
     }
 
     void FindsConnectsAndTranslatesWithMixerSim()

@@ -109,13 +109,20 @@ private slots:
         QCOMPARE(run.err, QStringLiteral("line 3: not hexadecimal bytes, skipped: B0 zz\n"));
     }
 
-    void SetChangesTheMatchedChannel()
+    // A shipped file whose mixer sends a fader as four NRPN messages: the
+    // rule takes the value from two of them, and the DAW's answer goes back
+    // as four in one write.
+    void ExplainsEachWrite()
     {
-        const QByteArray input = "B0 07 40\nB2 07 41\n";
-        const QStringList replay{QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
-                                 QStringLiteral("Mixer In")};
-        QCOMPARE(RunTool(replay, input).out, QStringLiteral("Port 1\tE0 00 40\n"));
-        QCOMPARE(RunTool(replay + QStringList{"--set", "n=2"}, input).out, QStringLiteral("Port 1\tE2 01 41\n"));
+        const QString file = QCoreApplication::applicationDirPath() + QStringLiteral("/../Resources/Maps/kvr12_generic_cc.json");
+        const sRun fromMixer = RunTool({"replay", file, "--in", "Mixer In", "--set", "n=2", "--explain"},
+                                       "B2 63 00 B2 62 00 B2 06 40 B2 26 11\n");
+        QCOMPARE(fromMixer.out, QStringLiteral("Tessera Generic CC\tB0 07 40\n"
+                                               "\tCC 7 = 64, ch 1\trule \"Strip 1 fader to DAW\": v=40, l=11\n"));
+        const sRun fromDAW = RunTool({"replay", file, "--in", "Tessera Generic CC", "--explain"}, "B0 07 7F\n");
+        QCOMPARE(fromDAW.out, QStringLiteral("Kestrel Internal TCP MIDI\tB0 63 00 B0 62 00 B0 06 7F B0 26 7F\n"
+                                             "\tCC 99 = 0, ch 1; CC 98 = 0, ch 1; CC 6 = 127, ch 1; CC 38 = 127, ch 1"
+                                             "\trule \"Strip 1 fader from DAW\": v=7F\n"));
     }
 };
 

@@ -2,6 +2,7 @@
 
 #include "Common/MIDI/MIDIInput.h"
 #include "Common/MIDI/MIDIMatch/MIDIMatchManager.h"
+#include "Common/MIDI/MIDITrafficListener.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
 
 cMIDIInputMatcher::cMIDIInputMatcher(QString inputName, cSystemMIDIConfiguration* configuration,
@@ -72,8 +73,37 @@ void cMIDIInputMatcher::MIDIReadReady()
     }
     readBytes.assign(data.constBegin(), data.constEnd());
     runningStatusFixer.FixRunningStatus(readBytes, expandedBytes);
+    if (trafficListener)
+    {
+        ProcessBytesTellingListener();
+        return;
+    }
     for (unsigned char byte : expandedBytes)
     {
+        matchManager->ProcessByte(byte);
+    }
+}
+
+void cMIDIInputMatcher::SetMIDITrafficListener(cMIDITrafficListener* listener)
+{
+    trafficListener = listener;
+    // The cutting starts afresh: a message begun before belongs to no one.
+    messageSplitter.Flush();
+}
+
+// A message is told before its last byte goes into the tree, since that byte
+// is the one that completes a rule, so the listener hears of a message before
+// the rules it sets off.
+void cMIDIInputMatcher::ProcessBytesTellingListener()
+{
+    for (unsigned char byte : expandedBytes)
+    {
+        completedMessages.clear();
+        messageSplitter.Feed(byte, completedMessages);
+        for (const QByteArray& message : qAsConst(completedMessages))
+        {
+            trafficListener->MIDIMessageRead(inputName, message);
+        }
         matchManager->ProcessByte(byte);
     }
 }

@@ -1,6 +1,7 @@
 #ifndef MIDIINPUTMATCHER_H
 #define MIDIINPUTMATCHER_H
 
+#include "Common/MIDI/MIDIMessageSplitter.h"
 #include "Common/MIDI/MIDIRunningStatusFixer.h"
 
 #include <QObject>
@@ -12,6 +13,7 @@
 class cMIDIInput;
 class cMIDIMatchManager;
 class cMIDIMatchTriggerListener;
+class cMIDITrafficListener;
 class cSystemMIDIConfiguration;
 struct sMIDIMatchByteListIdentifier;
 
@@ -36,6 +38,10 @@ public:
     // Replaces the bound input (null unbinds).
     void SetMIDIInput(cMIDIInput* input);
 
+    // Tells the listener of every message read from now on (null stops);
+    // it is not owned.
+    void SetMIDITrafficListener(cMIDITrafficListener* listener);
+
 signals:
     // Re-emitted for every read notification of the bound input, after its
     // bytes have been matched.
@@ -48,6 +54,7 @@ public slots:
 
 private:
     void DisconnectMIDIInput();
+    void ProcessBytesTellingListener();
 
     QString inputName;
     cSystemMIDIConfiguration* systemMIDIConfiguration;
@@ -58,6 +65,10 @@ private:
     // Reused for every read so that the byte path does not allocate.
     std::vector<unsigned char> readBytes;
     std::vector<unsigned char> expandedBytes;
+    // Only used while someone listens: the listener is told of whole messages.
+    cMIDITrafficListener* trafficListener = nullptr;
+    cMIDIMessageSplitter messageSplitter;
+    QList<QByteArray> completedMessages;
 };
 
 #endif

@@ -1,7 +1,7 @@
 #ifndef MIDIPEERSERVER_H
 #define MIDIPEERSERVER_H
 
-#include "MIDIMessageSplitter.h"
+#include "Common/MIDI/MIDIMessageSplitter.h"
 
 #include <QByteArray>
 #include <QHostAddress>

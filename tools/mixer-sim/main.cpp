@@ -3,9 +3,10 @@
 
 #include "ConsoleInput.h"
 #include "DiscoveryResponder.h"
-#include "HexText.h"
 #include "MIDIPeerServer.h"
 #include "StopSignals.h"
+
+#include "Common/MIDI/HexText.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

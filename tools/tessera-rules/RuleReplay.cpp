@@ -1,6 +1,9 @@
 #include "tools/tessera-rules/RuleReplay.h"
 
+#include "Common/MIDI/HexText.h"
 #include "Common/MIDI/MIDIInputOutputMemory.h"
+#include "Common/MIDI/MIDIMessageDescription.h"
+#include "Common/MIDI/MIDITrafficListener.h"
 #include "Common/MIDI/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "tools/tessera-rules/RuleFileText.h"
@@ -13,10 +16,41 @@
 
 namespace
 {
-QString HexText(const QByteArray& bytes)
+// Told of each rule as it fires, it follows every write the rule makes with
+// a line of its own: a tab, what the bytes say, a tab, the rule's name and
+// the values its local variables took, in hexadecimal as rules write them.
+class cWriteExplainer : public cMIDITrafficListener
 {
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
+public:
+    explicit cWriteExplainer(const cMIDITranslatorConfiguration& configuration) : configuration(configuration) {}
+
+    void MIDIMessageRead(const QString&, const QByteArray&) override {}
+
+    void MIDIRuleTriggered(int identifier, const std::vector<unsigned char>& matchedBytes) override
+    {
+        const cMIDITranslatorRule rule = configuration.GetMIDITranslatorRules().at(identifier);
+        QStringList values;
+        for (const cMIDITranslatorRule::sCapturedValue& captured : rule.GetCapturedValues(matchedBytes))
+        {
+            values.append(captured.variableName + QLatin1Char('=') +
+                          QString::number(captured.value, 16).rightJustified(captured.wholeByte ? 2 : 1, QLatin1Char('0')).toUpper());
+        }
+        ruleText = QStringLiteral("rule \"%1\"").arg(rule.GetName());
+        if (!values.isEmpty())
+        {
+            ruleText += QStringLiteral(": ") + values.join(QStringLiteral(", "));
+        }
+    }
+
+    void MIDIMessageWritten(const QString&, const QByteArray& message) override
+    {
+        std::cout << '\t' << qPrintable(DescribeMIDIMessages(message)) << '\t' << qPrintable(ruleText) << std::endl;
+    }
+
+private:
+    const cMIDITranslatorConfiguration& configuration;
+    QString ruleText;
+};
 
 // Makes every outgoing port of every rule exist, as an in-memory port where
 // the file does not publish it, and prints each write to it at once.
@@ -28,7 +62,7 @@ QList<cMIDIInputOutputMemory*> OpenOutgoingPorts(const cMIDITranslatorConfigurat
     {
         cMIDIInputOutputMemory* output = ports.GetOrAddMemoryInputOutput(name);
         QObject::connect(output, &cMIDIInputOutputMemory::MIDIWritten, [name](QByteArray data) {
-            std::cout << qPrintable(name) << '\t' << qPrintable(HexText(data)) << std::endl;
+            std::cout << qPrintable(name) << '\t' << qPrintable(HexText::Format(data)) << std::endl;
         });
         outputs.append(output);
     }
@@ -62,6 +96,12 @@ int cRuleReplay::Run(const sOptions& options, std::istream& input)
     }
 
     const QList<cMIDIInputOutputMemory*> outputs = OpenOutgoingPorts(configuration, *ports);
+    // The port prints a write as it is made; the explanation comes after it.
+    cWriteExplainer explainer(configuration);
+    if (options.explain)
+    {
+        configuration.SetMIDITrafficListener(&explainer);
+    }
 
     // The input is named as a rule names it; its alias gives the real port.
     const QString inputName = configuration.GetInputPortNameFromAlias(options.inputPort);

@@ -17,7 +17,7 @@ const int EXIT_USAGE = 2;
 // (which also becomes the manual page) and each command's own say the same.
 #define CHECK_USAGE "tessera-rules check FILE...\n"
 #define REPLAY_USAGE \
-    "tessera-rules replay FILE --in PORT [--set NAME=VALUE]... [--mixer-in NAME] [--mixer-out NAME]\n"
+    "tessera-rules replay FILE --in PORT [--set NAME=VALUE]... [--mixer-in NAME] [--mixer-out NAME] [--explain]\n"
 
 #define CHECK_TEXT \
     "Loads each rule file as Tessera does and prints every error the load reports,\n" \
@@ -32,7 +32,10 @@ const int EXIT_USAGE = 2;
     "one read of the input PORT, named as a rule names it (\"Mixer In\" goes through\n" \
     "the file's alias). Running status carries over from line to line. Every write\n" \
     "to an outgoing port is printed as the port's real name, a tab and the bytes.\n" \
-    "Lines that are not hexadecimal bytes are reported on standard error and skipped.\n"
+    "Lines that are not hexadecimal bytes are reported on standard error and skipped.\n" \
+    "With --explain every write is followed by a line of its own: a tab, what the\n" \
+    "bytes say (\"CC 7 = 100, ch 3\"), a tab, and the rule that made them with the\n" \
+    "values its local variables took from the matched message, in hexadecimal.\n"
 
 #define CHECK_EXIT_STATUS "0 if every file loaded with nothing rejected, 1 if not, 2 for a usage error.\n"
 #define REPLAY_EXIT_STATUS "0 if the input was replayed, 1 if FILE is unusable, 2 for a usage error.\n"
@@ -128,6 +131,11 @@ int Replay(const QStringList& arguments)
     for (int index = 0; index < arguments.size(); ++index)
     {
         const QString& argument = arguments.at(index);
+        if (argument == QLatin1String("--explain"))
+        {
+            options.explain = true;
+            continue;
+        }
         if (!argument.startsWith(QLatin1String("--")))
         {
             if (!options.file.isEmpty())

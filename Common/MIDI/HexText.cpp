@@ -1,4 +1,4 @@
-#include "HexText.h"
+#include "Common/MIDI/HexText.h"
 
 #include <QRegularExpression>
 #include <QStringList>

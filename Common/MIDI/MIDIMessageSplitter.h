@@ -13,8 +13,15 @@ class cMIDIMessageSplitter
 public:
     // The messages completed by these bytes; an unfinished one is kept.
     QList<QByteArray> Feed(const QByteArray& bytes);
+    // The same for one byte: appends what it completes (at most two
+    // messages, when a status byte cuts one short) to messages.
+    void Feed(unsigned char byte, QList<QByteArray>& messages);
     // The unfinished message, if any, as it stands; the next stream starts afresh.
     QByteArray Flush();
+
+    // The whole length of a message starting with this status byte; 0 for
+    // SysEx, which ends at F7.
+    static int MessageLength(unsigned char status);
 
 private:
     void StartMessage(unsigned char status, QList<QByteArray>& messages);

@@ -1,4 +1,4 @@
-#include "MIDIMessageSplitter.h"
+#include "Common/MIDI/MIDIMessageSplitter.h"
 
 namespace
 {
@@ -14,9 +14,9 @@ bool IsRealTime(unsigned char byte)
 {
     return byte >= 0xF8;
 }
+}
 
-// The whole length of a message starting with this status; 0 for SysEx.
-int MessageLength(unsigned char status)
+int cMIDIMessageSplitter::MessageLength(unsigned char status)
 {
     if (status < 0xF0)
     {
@@ -36,48 +36,52 @@ int MessageLength(unsigned char status)
         return 1;
     }
 }
-}
 
 QList<QByteArray> cMIDIMessageSplitter::Feed(const QByteArray& bytes)
 {
     QList<QByteArray> messages;
     for (char c : bytes)
     {
-        unsigned char byte = static_cast<unsigned char>(c);
-        if (IsRealTime(byte))
-        {
-            messages.append(QByteArray(1, c));
-        }
-        else if (IsStatus(byte) && byte == SYSEX_END && !pending.isEmpty() && expectedLength == 0)
-        {
-            pending.append(c);
-            messages.append(pending);
-            pending.clear();
-        }
-        else if (IsStatus(byte))
-        {
-            StartMessage(byte, messages);
-        }
-        else if (!pending.isEmpty())
-        {
-            pending.append(c);
-        }
-        else if (runningStatus != 0)
-        {
-            pending.append(c);
-            expectedLength = MessageLength(runningStatus) - 1;
-        }
-        else
-        {
-            messages.append(QByteArray(1, c));
-        }
-        if (!pending.isEmpty() && expectedLength != 0 && pending.size() == expectedLength)
-        {
-            messages.append(pending);
-            pending.clear();
-        }
+        Feed(static_cast<unsigned char>(c), messages);
     }
     return messages;
+}
+
+void cMIDIMessageSplitter::Feed(unsigned char byte, QList<QByteArray>& messages)
+{
+    const char c = static_cast<char>(byte);
+    if (IsRealTime(byte))
+    {
+        messages.append(QByteArray(1, c));
+    }
+    else if (IsStatus(byte) && byte == SYSEX_END && !pending.isEmpty() && expectedLength == 0)
+    {
+        pending.append(c);
+        messages.append(pending);
+        pending.clear();
+    }
+    else if (IsStatus(byte))
+    {
+        StartMessage(byte, messages);
+    }
+    else if (!pending.isEmpty())
+    {
+        pending.append(c);
+    }
+    else if (runningStatus != 0)
+    {
+        pending.append(c);
+        expectedLength = MessageLength(runningStatus) - 1;
+    }
+    else
+    {
+        messages.append(QByteArray(1, c));
+    }
+    if (!pending.isEmpty() && expectedLength != 0 && pending.size() == expectedLength)
+    {
+        messages.append(pending);
+        pending.clear();
+    }
 }
 
 QByteArray cMIDIMessageSplitter::Flush()

@@ -1,0 +1,187 @@
+#include "Application/MIDIMonitorModel.h"
+
+#include "Common/MIDI/HexText.h"
+#include "Common/MIDI/MIDIMessageDescription.h"
+#include "MIDITranslator/MIDITranslatorConfiguration.h"
+
+#include <QFont>
+#include <QStringList>
+
+#include <iterator>
+
+namespace
+{
+const QString NO_RULE_TEXT = QStringLiteral("no rule");
+
+// How far back a rule's match is looked for among the rows: further than any
+// pattern reaches, even with other ports' traffic in between, yet short
+// enough that a match whose start was never recorded costs little.
+const size_t MAXIMUM_MATCH_SEARCH_ROWS = 64;
+}
+
+cMIDIMonitorModel::cMIDIMonitorModel(cMIDITranslatorConfiguration* configuration, QObject* parent)
+    : QAbstractTableModel(parent), configuration(configuration)
+{
+    clock.start();
+}
+
+int cMIDIMonitorModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(shownRows.size());
+}
+
+int cMIDIMonitorModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : COLUMN_COUNT;
+}
+
+QVariant cMIDIMonitorModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || static_cast<size_t>(index.row()) >= shownRows.size())
+    {
+        return QVariant();
+    }
+    const sRow& row = shownRows[static_cast<size_t>(index.row())];
+    switch (role)
+    {
+    case Qt::DisplayRole:
+    // Long NRPN sequences and port names do not fit their columns.
+    case Qt::ToolTipRole:
+        return GetCellText(row, index.column());
+    case Qt::TextAlignmentRole:
+        return index.column() == TIME_COLUMN ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+    case Qt::FontRole:
+        if (index.column() == RULE_COLUMN && !row.outgoing && row.rule.isEmpty())
+        {
+            QFont font;
+            font.setItalic(true);
+            return font;
+        }
+        return QVariant();
+    default:
+        return QVariant();
+    }
+}
+
+QVariant cMIDIMonitorModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    static const char* const HEADERS[COLUMN_COUNT] = {"Time (ms)", "Dir", "Port", "Bytes", "Message", "Rule"};
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= COLUMN_COUNT)
+    {
+        return QVariant();
+    }
+    return tr(HEADERS[section]);
+}
+
+void cMIDIMonitorModel::MIDIMessageRead(const QString& inputName, const QByteArray& message)
+{
+    lastInputName = inputName;
+    AddRow({clock.elapsed(), false, inputName, configuration->GetInputAliasOfPortName(inputName), message, QString()});
+}
+
+void cMIDIMonitorModel::MIDIRuleTriggered(int identifier, const std::vector<unsigned char>& matchedBytes)
+{
+    lastRuleName = configuration->GetMIDITranslatorRules().at(identifier).GetName();
+    MarkMatchedMessages(matchedBytes.size(), lastRuleName);
+}
+
+void cMIDIMonitorModel::MIDIMessageWritten(const QString& outputName, const QByteArray& message)
+{
+    AddRow({clock.elapsed(), true, outputName, configuration->GetOutputAliasOfPortName(outputName), message,
+            lastRuleName});
+}
+
+void cMIDIMonitorModel::ShowPendingRows()
+{
+    if (pendingRows.empty())
+    {
+        return;
+    }
+    // Pending rows never outnumber the bound, so only shown rows make room.
+    const size_t total = shownRows.size() + pendingRows.size();
+    const size_t excess = total > static_cast<size_t>(MAXIMUM_ROWS) ? total - MAXIMUM_ROWS : 0;
+    if (excess > 0)
+    {
+        beginRemoveRows(QModelIndex(), 0, static_cast<int>(excess) - 1);
+        shownRows.erase(shownRows.begin(), shownRows.begin() + static_cast<std::ptrdiff_t>(excess));
+        endRemoveRows();
+    }
+    const int first = static_cast<int>(shownRows.size());
+    beginInsertRows(QModelIndex(), first, first + static_cast<int>(pendingRows.size()) - 1);
+    std::move(pendingRows.begin(), pendingRows.end(), std::back_inserter(shownRows));
+    pendingRows.clear();
+    endInsertRows();
+}
+
+void cMIDIMonitorModel::Clear()
+{
+    beginResetModel();
+    shownRows.clear();
+    pendingRows.clear();
+    clock.restart();
+    endResetModel();
+}
+
+QString cMIDIMonitorModel::GetRowText(int row) const
+{
+    QStringList cells;
+    for (int column = 0; column < COLUMN_COUNT; ++column)
+    {
+        cells.append(GetCellText(shownRows.at(static_cast<size_t>(row)), column));
+    }
+    return cells.join(QLatin1Char('\t'));
+}
+
+void cMIDIMonitorModel::AddRow(sRow row)
+{
+    if (pendingRows.size() == static_cast<size_t>(MAXIMUM_ROWS))
+    {
+        pendingRows.pop_front();
+    }
+    pendingRows.push_back(std::move(row));
+}
+
+// A pattern may span several messages (an NRPN sequence is four), all read
+// from the same input just before the rule fired, newest last.
+void cMIDIMonitorModel::MarkMatchedMessages(size_t matchedByteCount, const QString& ruleName)
+{
+    const size_t rowCount = shownRows.size() + pendingRows.size();
+    size_t covered = 0;
+    for (size_t age = 0; age < rowCount && age < MAXIMUM_MATCH_SEARCH_ROWS && covered < matchedByteCount; ++age)
+    {
+        const size_t position = rowCount - 1 - age;
+        const bool shown = position < shownRows.size();
+        sRow& row = shown ? shownRows[position] : pendingRows[position - shownRows.size()];
+        if (row.outgoing || row.port != lastInputName)
+        {
+            continue;
+        }
+        covered += static_cast<size_t>(row.bytes.size());
+        row.rule = row.rule.isEmpty() ? ruleName : row.rule + QStringLiteral(", ") + ruleName;
+        if (shown)
+        {
+            const QModelIndex cell = index(static_cast<int>(position), RULE_COLUMN);
+            emit dataChanged(cell, cell);
+        }
+    }
+}
+
+QString cMIDIMonitorModel::GetCellText(const sRow& row, int column) const
+{
+    switch (column)
+    {
+    case TIME_COLUMN:
+        return QString::number(row.time);
+    case DIRECTION_COLUMN:
+        return row.outgoing ? QStringLiteral("out") : QStringLiteral("in");
+    case PORT_COLUMN:
+        return row.alias.isEmpty() || row.alias == row.port ? row.port
+                                                             : QStringLiteral("%1 (%2)").arg(row.port, row.alias);
+    case BYTES_COLUMN:
+        return HexText::Format(row.bytes);
+    case MESSAGE_COLUMN:
+        return DescribeMIDIMessages(row.bytes);
+    default:
+        return row.outgoing || !row.rule.isEmpty() ? row.rule : NO_RULE_TEXT;
+    }
+}
