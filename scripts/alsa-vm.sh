@@ -152,6 +152,7 @@ share() {
 mount -t proc proc /proc
 mount -t sysfs sysfs /sys
 mount -t devtmpfs devtmpfs /dev
+exec </dev/console >/dev/console 2>&1
 for module in \$(cat /modules/order); do
     insmod "/modules/\$module" || stop "cannot load \$module"
 done
