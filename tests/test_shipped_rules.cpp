@@ -95,7 +95,6 @@ private slots:
         const QString tx16 = QStringLiteral("tx16_mackie_control.json");
         QTest::newRow("tx16 mackie: fader 3 up") << tx16 << 5 << CONSOLE << Bytes("B40240") << MACKIE << Bytes("E24040");
         QTest::newRow("tx16 mackie: fader 11 up") << tx16 << 5 << CONSOLE << Bytes("B40A7F") << MACKIE_XT << Bytes("E27F7F");
-        QTest::newRow("tx16 mackie: other channel") << tx16 << 5 << CONSOLE << Bytes("B00240") << MACKIE << QByteArray();
         QTest::newRow("tx16 mackie: fader 2 down") << tx16 << 5 << MACKIE << Bytes("E10060") << CONSOLE << Bytes("B40160");
         QTest::newRow("tx16 mackie: master up") << tx16 << 5 << CONSOLE << Bytes("B4707F") << MACKIE << Bytes("E87F7F");
         QTest::newRow("tx16 mackie: master down") << tx16 << 5 << MACKIE << Bytes("E81234") << CONSOLE << Bytes("B47034");
@@ -173,37 +172,6 @@ private slots:
         QCOMPARE(written.value(to).toHex(' '), output.toHex(' '));
         written.remove(to);
         QCOMPARE(written.keys(), QStringList());
-        QCOMPARE(capture.ErrorLines(), QStringList());
-    }
-
-    // The examples of the rule file guide, each rule on a port of its own.
-    void DocumentedExamples_data()
-    {
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QByteArray>("output");
-
-        QTest::newRow("second character is the upper half") << "Upper half" << Bytes("93407F") << Bytes("894000");
-        QTest::newRow("lone letter copies the byte") << "Whole" << Bytes("B01045") << Bytes("B01045");
-        QTest::newRow("lower half behind a digit") << "Low into 4" << Bytes("B01005") << Bytes("B01045");
-        QTest::newRow("lower half in front of a digit") << "Low into high" << Bytes("B01027") << Bytes("B01075");
-        QTest::newRow("upper half in front of a variable") << "High and n" << Bytes("B01027") << Bytes("B01023");
-        QTest::newRow("lone nibble variable") << "Lone" << Bytes("934064") << Bytes("B009");
-        QTest::newRow("zero shares the variable's path") << "Shared" << Bytes("B00755") << Bytes("A001A002");
-        QTest::newRow("file variable picks the channel") << "Channel" << Bytes("B3007F") << Bytes("E07F7F");
-        QTest::newRow("other channel ignored") << "Channel" << Bytes("B0007F") << QByteArray();
-    }
-
-    void DocumentedExamples()
-    {
-        QFETCH(QString, port);
-        QFETCH(QByteArray, input);
-        QFETCH(QByteArray, output);
-
-        cStdoutCapture capture;
-        const QHash<QString, QByteArray> written =
-            Send(QStringLiteral(TESSERA_TEST_DATA_DIR "/maps/documented_examples.json"), 4, port, input);
-        QCOMPARE(written.value(QStringLiteral("Result")).toHex(' '), output.toHex(' '));
         QCOMPARE(capture.ErrorLines(), QStringList());
     }
 };

@@ -66,9 +66,6 @@ private slots:
         QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
         QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
         QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
-        QByteArray early("\xB0\x07\x7F", 3);
-        link.WriteMIDIData(early);
-        QVERIFY(!link.IsConnected());
 
         link.ConnectToHost(QHostAddress(SIM_ADDRESS));
         QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Connecting..."));
@@ -108,6 +105,8 @@ private slots:
         QVERIFY(sim.WaitForLine(QStringLiteral(" in  C0 05$")));
         // Neither what was written while connecting nor while down was sent.
         QVERIFY(sim.Lines().filter(QRegularExpression(QStringLiteral(" in  (90 3C 01|80 3C 00)$"))).isEmpty());
+        sim.Input(QStringLiteral("B0 07 10"));
+        QCOMPARE(ReadWhenReady(link, readReady), QByteArray("\xB0\x07\x10", 3));
 
         texts.clear();
         link.DisconnectFromHost();

@@ -22,25 +22,6 @@ QByteArray ReadAll(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
-
-// What a load makes of a file, in one comparable text.
-QStringList Describe(cMIDITranslatorConfiguration& configuration)
-{
-    QStringList description;
-    for (const cMIDITranslatorVariable& variable : configuration.GetMIDITranslatorVariables())
-    {
-        description.append(QStringLiteral("variable %1 = %2")
-                               .arg(variable.GetVariableName())
-                               .arg(variable.GetCurrentValue()));
-    }
-    for (const cMIDITranslatorRule& rule : configuration.GetMIDITranslatorRules())
-    {
-        description.append(QStringLiteral("rule %1 %2").arg(rule.GetIndentifier()).arg(rule.GetName()));
-    }
-    description.append(QStringLiteral("in ") + configuration.GetMixerInputPortName());
-    description.append(QStringLiteral("out ") + configuration.GetMixerOutputPortName());
-    return description;
-}
 }
 
 class tWriteback : public QObject
@@ -69,8 +50,6 @@ private slots:
     {
         // The file's "k" carries its default as a string, so the load refused it;
         // writing a number repairs it.
-        QStringList expected = Describe(*configuration);
-        QCOMPARE(expected.first(), QStringLiteral("variable n = 0"));
         configuration->WriteVariableValueToFile(QStringLiteral("n"), 7);
         configuration->WriteVariableValueToFile(QStringLiteral("k"), 7);
 
@@ -85,14 +64,12 @@ private slots:
         // Nothing changes in memory until the file is loaded again.
         QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(0));
         configuration->LoadFromFile(path);
-        expected.replace(0, QStringLiteral("variable n = 7"));
-        expected.insert(1, QStringLiteral("variable k = 7"));
-        QCOMPARE(Describe(*configuration), expected);
+        QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(7));
+        QCOMPARE(configuration->GetVariableValue(QStringLiteral("k")), static_cast<unsigned char>(7));
     }
 
     void FirstMatchingAliasIsWrittenAndLoadsBack()
     {
-        QStringList expected = Describe(*configuration);
         configuration->WritePortNameAliasToFile(QStringLiteral("Mixer Out"), QStringLiteral("output"),
                                                 QStringLiteral("Desk 2"));
 
@@ -103,15 +80,13 @@ private slots:
         QCOMPARE(aliases.at(1).toObject().value(QStringLiteral("note")).toString(), QStringLiteral("first"));
         QCOMPARE(aliases.at(2).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk"));
 
-        // The later of two entries for one alias wins on load, so the change is
-        // seen only once the second entry is written as well.
-        configuration->LoadFromFile(path);
-        QCOMPARE(Describe(*configuration), expected);
+        // The later of two entries for one alias wins on load, so the output
+        // stays where it was; the input, with one entry, moves.
         configuration->WritePortNameAliasToFile(QStringLiteral("Mixer In"), QStringLiteral("input"),
                                                 QStringLiteral("Desk 2"));
         configuration->LoadFromFile(path);
-        expected.replace(expected.indexOf(QStringLiteral("in Desk")), QStringLiteral("in Desk 2"));
-        QCOMPARE(Describe(*configuration), expected);
+        QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Desk"));
+        QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Desk 2"));
     }
 
     void NoMatchWritesNothing()

@@ -17,7 +17,9 @@ if [[ ${2:-} == deb ]]; then
         x11_fail "cpack failed: $(cat "$X11_WORK/cpack.log")"
     package=$(echo "$X11_WORK"/package/tessera_*.deb)
     depends=$(dpkg-deb -f "$package" Depends)
-    for dependency in libqt5widgets5 libqt5svg5 libasound2; do
+    dependencies=(libqt5widgets5 libqt5svg5)
+    [[ -n ${TESSERA_BUILT_WITHOUT_ALSA:-} ]] || dependencies+=(libasound2)
+    for dependency in "${dependencies[@]}"; do
         [[ $depends == *"$dependency"* ]] || x11_fail "the package does not depend on $dependency: $depends"
     done
     root=$X11_WORK/root prefix=/usr

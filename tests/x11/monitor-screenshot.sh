@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Takes the MIDI monitor's picture for the manual, with the traffic of a small
-# soundcheck on a KVR-12: a fader move and a select button from the mixer, a
-# mute lamp and a fader from the DAW, and two messages no rule wants. It needs
+# soundcheck on a Unison KVR-12: a fader move and a select button from the
+# mixer, a mute lamp and a fader from the DAW, and two messages no rule wants. It needs
 # the ALSA sequencer with snd-virmidi (the mixer's ports and the DAW are
-# virtual raw MIDI devices), so it runs in the ALSA test machine, whose only
-# network is its own loopback; ImageMagick's import takes the picture.
-#   alsa-vm-run -- bash tests/x11/monitor-screenshot.sh PATH/TO/tessera OUTPUT_FOLDER
+# virtual raw MIDI devices), so it runs in the ALSA test machine, which has no
+# network to the outside; ImageMagick's import takes the picture.
+#   scripts/alsa-vm.sh -- bash tests/x11/monitor-screenshot.sh PATH/TO/tessera OUTPUT_FOLDER
 source "$(dirname "$0")/x11-session.sh"
 output=$2
 mkdir -p "$output"
@@ -16,10 +16,10 @@ x11_start_display
 mkdir -p "$XDG_CONFIG_HOME/Kestrel"
 cat >"$XDG_CONFIG_HOME/Kestrel/Tessera.conf" <<EOF
 [General]
-MixerType=KVR-12
+MixerType=Unison KVR-12
 DAWType=Generic CC
 
-[KVR-12]
+[Unison%20KVR-12]
 Mode=MIDI
 MIDIChannel=0
 MIDI\\InputPort=$MIXER_IN

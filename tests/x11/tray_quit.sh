@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # With a tray host, tessera starts hidden in the tray; closing its preferences
 # window leaves it running, and the tray menu's "&Quit" ends it with status 0.
+# Built without ALSA, it says so once.
 #   tray_quit.sh PATH/TO/tessera
 source "$(dirname "$0")/x11-session.sh"
 
@@ -16,4 +17,8 @@ kill -0 "$X11_TESSERA" 2>/dev/null || x11_fail "closing the preferences window e
 
 x11_tray_menu "$X11_ICON" q
 x11_expect_exit 0
+if [[ -n ${TESSERA_BUILT_WITHOUT_ALSA:-} ]]; then
+    [[ $(grep -c '^Built without ALSA: ' "$X11_WORK/tessera.log") == 1 ]] ||
+        x11_fail "built without ALSA, it did not say so once: $(cat "$X11_WORK/tessera.log")"
+fi
 echo "PASS: started hidden, survived closing its window, quit from the tray with status 0"
