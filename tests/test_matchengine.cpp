@@ -1,4 +1,5 @@
 #include "Common/MIDI/MIDIMatch/MIDIMatchBranchNode.h"
+#include "Common/MIDI/MIDIMatch/MIDIMatchBranchNodeEndpoint.h"
 #include "Common/MIDI/MIDIMatch/MIDIMatchManager.h"
 #include "support/MatchRecorder.h"
 
