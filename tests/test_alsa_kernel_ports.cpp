@@ -22,17 +22,6 @@ namespace
 const int TIMEOUT = 20000;  // the test VM is slow
 const QString DRIVER = QStringLiteral("/sys/bus/platform/drivers/snd_virmidi/");
 
-// What the rule "Scribble strips" sends to the mixer.
-QByteArray SystemExclusive()
-{
-    QByteArray bytes = QByteArray::fromHex("F07D");
-    for (int index = 0; bytes.size() < 999; ++index)
-    {
-        bytes.append(static_cast<char>((index * 7) & 0x7F));
-    }
-    return bytes + QByteArray::fromHex("F7");
-}
-
 bool ReloadModule()
 {
     return QProcess::execute(QStringLiteral("modprobe"), {QStringLiteral("-r"), QStringLiteral("snd-virmidi")}) == 0
@@ -46,13 +35,12 @@ class tAlsaKernelPorts : public QObject
 
     cSequencerPeerALSA daw{"Test DAW"};
     int sequencer = daw.CreatePort("Sequencer");
-    int ourClient = -1;
-    int ourPort = -1;
+    snd_seq_addr_t ours = {};
     cMIDITranslatorConfiguration configuration{new cSystemMIDIConfigurationALSA};
     cSystemMIDIConfiguration* registry = configuration.GetSystemMIDIConfiguration();
     QStringList kernelPorts = registry->GetSystemMIDIOutputNames().filter(sVirtualRawMIDI::Pattern());
 
-    void FromDAW(const char* hex) { daw.Send(sequencer, ourClient, ourPort, QByteArray::fromHex(hex)); }
+    void FromDAW(const char* hex) { daw.Send(sequencer, ours, QByteArray::fromHex(hex)); }
 
 private slots:
     void initTestCase()
@@ -61,15 +49,11 @@ private slots:
         {
             QSKIP("needs two snd-virmidi ports (modprobe snd-virmidi) and access to /dev/snd/midiC*D*");
         }
-        configuration.LoadFromFile(QStringLiteral(TESSERA_TEST_DATA_DIR "/alsa/translation.json"));
+        configuration.LoadFromFile(TestDataFile("alsa/translation.json"));
         configuration.SetMixerInputPortName(kernelPorts.at(0));
         configuration.SetMixerOutputPortName(kernelPorts.at(0));
-        snd_seq_port_info_t* info;
-        snd_seq_port_info_alloca(&info);
-        QVERIFY(daw.FindPort("Tessera", "Tessera DAW", info));
-        ourClient = snd_seq_port_info_get_client(info);
-        ourPort = snd_seq_port_info_get_port(info);
-        QVERIFY(daw.ConnectFrom(sequencer, ourClient, ourPort));
+        ours = daw.FindPort("Tessera", "Tessera DAW");
+        QVERIFY(daw.ConnectFrom(sequencer, ours));
     }
 
     void BothDirectionsThroughTheRules()
@@ -79,8 +63,9 @@ private slots:
         // does the kernel writing to the device.
         QVERIFY(mixer.Write(QByteArray::fromHex("B20764072207")) && mixer.Write(QByteArray::fromHex("33")));
         QCOMPARE(daw.Receive(9).toHex(' '), QByteArray("e2 04 64 e2 02 22 e2 03 33"));
+        // The rule "Scribble strips" sends the long System Exclusive.
         FromDAW("923C7F3D7FA21020");
-        QCOMPARE(mixer.Read(1005), QByteArray::fromHex("B23C7F3D7F") + SystemExclusive());
+        QCOMPARE(mixer.Read(1005), QByteArray::fromHex("B23C7F3D7F") + LongSystemExclusive());
 
         // System Exclusive from a console arrives in the pieces the kernel
         // cut, and is read whole.
@@ -93,8 +78,8 @@ private slots:
             input->ReadMIDIData(part);
             received += part;
         });
-        QVERIFY(console.Write(SystemExclusive() + QByteArray::fromHex("B00764")));
-        QTRY_COMPARE_WITH_TIMEOUT(received, SystemExclusive() + QByteArray::fromHex("B00764"), TIMEOUT);
+        QVERIFY(console.Write(LongSystemExclusive() + QByteArray::fromHex("B00764")));
+        QTRY_COMPARE_WITH_TIMEOUT(received, LongSystemExclusive() + QByteArray::fromHex("B00764"), TIMEOUT);
     }
 
     // Unbinding the driver is what unplugging a USB interface does. The module

@@ -1,10 +1,13 @@
-// The ALSA port layer against a second sequencer client (the peer), which
-// stands in for the mixer and the DAW. Needs /dev/snd/seq.
+// The ALSA port layer against second sequencer clients (peers), which stand
+// in for the mixer and the DAW, and a whole translation between them. Needs
+// /dev/snd/seq.
 
 #include "Common/MIDI/SystemMIDIConfigurationALSA.h"
 #include "Common/MIDI/MIDIInput.h"
 #include "Common/MIDI/MIDIOutput.h"
+#include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "tests/support/SequencerPeerALSA.h"
+#include "tests/support/TestHelpers.h"
 
 #include <QPointer>
 #include <QSignalSpy>
@@ -17,16 +20,6 @@ const int TIMEOUT = 20000;  // the test VM is slow
 QByteArray Hex(const char* text)
 {
     return QByteArray::fromHex(text);
-}
-
-QByteArray SystemExclusive()
-{
-    QByteArray bytes = Hex("F07D");
-    for (int index = 0; bytes.size() < 999; ++index)
-    {
-        bytes.append(static_cast<char>((index * 7) & 0x7F));
-    }
-    return bytes + Hex("F7");
 }
 
 // What the input buffered until count bytes are in or the time is up.
@@ -64,32 +57,29 @@ private slots:
         QSignalSpy outputAdded(&registry, &cSystemMIDIConfiguration::OutputAddedSignal);
         QSignalSpy inputRemoved(&registry, &cSystemMIDIConfiguration::InputRemovedSignal);
         QSignalSpy outputRemoved(&registry, &cSystemMIDIConfiguration::OutputRemovedSignal);
-        int stageBox = mixer.CreatePort("Stage Box");
-        QTRY_COMPARE_WITH_TIMEOUT(outputAdded.count(), 1, TIMEOUT);
-        QCOMPARE(inputAdded.count(), 1);
-        QCOMPARE(inputAdded.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
-        QCOMPARE(outputAdded.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
+        const QString stageBox = QStringLiteral("Test Mixer:Stage Box");
+        const int stageBoxPort = mixer.CreatePort("Stage Box");
+        QTRY_COMPARE_WITH_TIMEOUT(FirstArguments(outputAdded), QStringList(stageBox), TIMEOUT);
+        QCOMPARE(FirstArguments(inputAdded), QStringList(stageBox));
         // Enumerated before the announcement arrived, listed once all the same.
         QCOMPARE(registry.GetSystemMIDIInputNames().count(QStringLiteral("Test Mixer:Console")), 1);
 
         // An opened input is still there when its removal is signalled, so that
         // listeners can let go of it, and gone right after.
-        QPointer<cMIDIInput> opened = registry.GetMIDIInput(QStringLiteral("Test Mixer:Stage Box"));
+        QPointer<cMIDIInput> opened = registry.GetMIDIInput(stageBox);
         QVERIFY(opened);
-        QVERIFY(registry.GetMIDIOutput(QStringLiteral("Test Mixer:Stage Box")));
+        QVERIFY(registry.GetMIDIOutput(stageBox));
         bool openedWhenRemoved = false;
         connect(&registry, &cSystemMIDIConfiguration::InputRemovedSignal, this,
             [&] { openedWhenRemoved = !opened.isNull(); });
-        mixer.DeletePort(stageBox);
-        QTRY_COMPARE_WITH_TIMEOUT(outputRemoved.count(), 1, TIMEOUT);
-        QCOMPARE(inputRemoved.count(), 1);
-        QCOMPARE(inputRemoved.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
-        QCOMPARE(outputRemoved.at(0).at(0).toString(), QStringLiteral("Test Mixer:Stage Box"));
+        mixer.DeletePort(stageBoxPort);
+        QTRY_COMPARE_WITH_TIMEOUT(FirstArguments(outputRemoved), QStringList(stageBox), TIMEOUT);
+        QCOMPARE(FirstArguments(inputRemoved), QStringList(stageBox));
         QVERIFY(openedWhenRemoved);
         QVERIFY(opened.isNull());
-        QVERIFY(!registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test Mixer:Stage Box")));
-        QVERIFY(!registry.GetMIDIInput(QStringLiteral("Test Mixer:Stage Box")));
-        QVERIFY(!registry.GetMIDIOutput(QStringLiteral("Test Mixer:Stage Box")));
+        QVERIFY(!registry.GetSystemMIDIInputNames().contains(stageBox));
+        QVERIFY(!registry.GetMIDIInput(stageBox));
+        QVERIFY(!registry.GetMIDIOutput(stageBox));
         QCOMPARE(registry.GetSystemMIDIOutputNames().count(QStringLiteral("Test Mixer:Console")), 1);
     }
 
@@ -106,18 +96,18 @@ private slots:
         // called on the sequencer's reader thread); the test reads the buffer.
         QObject receiver;
         connect(input, &cMIDIInput::MIDIReadReady, &receiver, [] {});
-        mixer.Send(console, SND_SEQ_ADDRESS_SUBSCRIBERS, SND_SEQ_ADDRESS_UNKNOWN, Hex("B007640A40F8903C7F") + SystemExclusive());
-        const QByteArray expected = Hex("B00764B00A40F8903C7F") + SystemExclusive();
+        mixer.Send(console, cSequencerPeerALSA::SUBSCRIBERS, Hex("B007640A40F8903C7F") + LongSystemExclusive());
+        const QByteArray expected = Hex("B00764B00A40F8903C7F") + LongSystemExclusive();
         QCOMPARE(ReadAtLeast(input, expected.size()), expected);
 
         cMIDIOutput* output = registry.GetMIDIOutput(QStringLiteral("Test Mixer:Console"));
         QVERIFY(output);
         // A message cut between two writes goes out whole once complete.
-        for (QByteArray bytes : {Hex("C105D140E10040903C"), Hex("7F") + SystemExclusive()})
+        for (QByteArray bytes : {Hex("C105D140E10040903C"), Hex("7F") + LongSystemExclusive()})
         {
             output->WriteMIDIData(bytes);
         }
-        QCOMPARE(mixer.Receive(1009), Hex("C105D140E10040903C7F") + SystemExclusive());
+        QCOMPARE(mixer.Receive(1009), Hex("C105D140E10040903C7F") + LongSystemExclusive());
     }
 
     void VirtualPortFacesTheDAW()
@@ -129,14 +119,12 @@ private slots:
 
         snd_seq_port_info_t* info;
         snd_seq_port_info_alloca(&info);
-        QVERIFY(daw.FindPort("Tessera", "Tessera DAW", info));
+        const snd_seq_addr_t ours = daw.FindPort("Tessera", "Tessera DAW", info);
         const unsigned int both = SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE
             | SND_SEQ_PORT_CAP_SUBS_WRITE;
         QCOMPARE(snd_seq_port_info_get_capability(info) & (both | SND_SEQ_PORT_CAP_NO_EXPORT), both);
         QCOMPARE(snd_seq_port_info_get_type(info),
             SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_SOFTWARE | SND_SEQ_PORT_TYPE_APPLICATION);
-        const int ourClient = snd_seq_port_info_get_client(info);
-        const int ourPort = snd_seq_port_info_get_port(info);
 
         // Our own ports are never offered as system ports, under any name.
         QTRY_VERIFY_WITH_TIMEOUT(registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test DAW:Sequencer")), TIMEOUT);
@@ -148,14 +136,31 @@ private slots:
         cMIDIInput* fromDAW = registry.GetMIDIInput(QStringLiteral("Tessera DAW"));
         QObject receiver;
         connect(fromDAW, &cMIDIInput::MIDIReadReady, &receiver, [] {});
-        daw.Send(dawPort, ourClient, ourPort, SystemExclusive() + Hex("903C7F3E7F4000B007640A40"));
-        const QByteArray expected = SystemExclusive() + Hex("903C7F903E7F904000B00764B00A40");
+        daw.Send(dawPort, ours, LongSystemExclusive() + Hex("903C7F3E7F4000B007640A40"));
+        const QByteArray expected = LongSystemExclusive() + Hex("903C7F903E7F904000B00764B00A40");
         QCOMPARE(ReadAtLeast(fromDAW, expected.size()), expected);
 
-        QVERIFY(daw.ConnectFrom(dawPort, ourClient, ourPort));
-        QByteArray bytes = Hex("E00040E07F7F") + SystemExclusive();
+        QVERIFY(daw.ConnectFrom(dawPort, ours));
+        QByteArray bytes = Hex("E00040E07F7F") + LongSystemExclusive();
         registry.GetMIDIOutput(QStringLiteral("Tessera DAW"))->WriteMIDIData(bytes);
-        QCOMPARE(daw.Receive(1006), Hex("E00040E07F7F") + SystemExclusive());
+        QCOMPARE(daw.Receive(1006), Hex("E00040E07F7F") + LongSystemExclusive());
+    }
+
+    void MixerAndDAWTalkThroughTheRules()
+    {
+        cSequencerPeerALSA mixer("Test Mixer");
+        cSequencerPeerALSA daw("Test DAW");
+        const int console = mixer.CreatePort("Console");
+        const int sequencer = daw.CreatePort("Sequencer");
+        cMIDITranslatorConfiguration configuration(new cSystemMIDIConfigurationALSA);
+        configuration.LoadFromFile(TestDataFile("alsa/translation.json"));
+        const snd_seq_addr_t ours = daw.FindPort("Tessera", "Tessera DAW");
+        QVERIFY(daw.ConnectFrom(sequencer, ours));
+
+        mixer.Send(console, cSequencerPeerALSA::SUBSCRIBERS, Hex("B207640722"));
+        QCOMPARE(daw.Receive(6).toHex(' '), QByteArray("e2 04 64 e2 02 22"));
+        daw.Send(sequencer, ours, Hex("923C7F913C7F"));
+        QCOMPARE(mixer.Receive(3).toHex(' '), QByteArray("b2 3c 7f"));
     }
 };
 

@@ -15,6 +15,9 @@
 class cSequencerPeerALSA
 {
 public:
+    // The destination of what a port sends to everyone subscribed to it.
+    static constexpr snd_seq_addr_t SUBSCRIBERS = {SND_SEQ_ADDRESS_SUBSCRIBERS, SND_SEQ_ADDRESS_UNKNOWN};
+
     explicit cSequencerPeerALSA(const char* name)
     {
         if (snd_seq_open(&handle, "default", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK) < 0)
@@ -53,10 +56,12 @@ public:
 
     void DeletePort(int port) { snd_seq_delete_simple_port(handle, port); }
 
-    // Fills info with the port of that name on the client of that name;
-    // false if there is none.
-    bool FindPort(const char* clientName, const char* portName, snd_seq_port_info_t* info)
+    // The address of the port of that name on the client of that name, with
+    // its details in info if asked for; SND_SEQ_ADDRESS_UNKNOWN if none.
+    snd_seq_addr_t FindPort(const char* clientName, const char* portName, snd_seq_port_info_t* info = nullptr)
     {
+        snd_seq_port_info_t* port;
+        snd_seq_port_info_alloca(&port);
         snd_seq_client_info_t* client;
         snd_seq_client_info_alloca(&client);
         snd_seq_client_info_set_client(client, -1);
@@ -66,41 +71,45 @@ public:
             {
                 continue;
             }
-            snd_seq_port_info_set_client(info, snd_seq_client_info_get_client(client));
-            snd_seq_port_info_set_port(info, -1);
-            while (snd_seq_query_next_port(handle, info) >= 0)
+            snd_seq_port_info_set_client(port, snd_seq_client_info_get_client(client));
+            snd_seq_port_info_set_port(port, -1);
+            while (snd_seq_query_next_port(handle, port) >= 0)
             {
-                if (qstrcmp(snd_seq_port_info_get_name(info), portName) == 0)
+                if (qstrcmp(snd_seq_port_info_get_name(port), portName) == 0)
                 {
-                    return true;
+                    if (info)
+                    {
+                        snd_seq_port_info_copy(info, port);
+                    }
+                    return *snd_seq_port_info_get_addr(port);
                 }
             }
         }
-        return false;
+        return {SND_SEQ_ADDRESS_UNKNOWN, SND_SEQ_ADDRESS_UNKNOWN};
     }
 
     // Subscribes our port to read what the other port sends to its subscribers.
-    bool ConnectFrom(int port, int client, int otherPort)
+    bool ConnectFrom(int port, snd_seq_addr_t other)
     {
-        return snd_seq_connect_from(handle, port, client, otherPort) >= 0;
+        return snd_seq_connect_from(handle, port, other.client, other.port) >= 0;
     }
 
     // Raw MIDI bytes, running status allowed, sent at once from our port to
-    // one port or, with client SND_SEQ_ADDRESS_SUBSCRIBERS, to our subscribers.
-    void Send(int port, int client, int destinationPort, const QByteArray& bytes)
+    // another, or to our subscribers.
+    void Send(int port, snd_seq_addr_t destination, const QByteArray& bytes)
     {
+        snd_seq_event_t event;
+        snd_seq_ev_clear(&event);
         for (char byte : bytes)
         {
-            snd_seq_event_t event;
-            snd_seq_ev_clear(&event);
-            if (snd_midi_event_encode_byte(encoder, static_cast<unsigned char>(byte), &event) != 1)
+            if (snd_midi_event_encode_byte(encoder, static_cast<unsigned char>(byte), &event) == 1)
             {
-                continue;
+                snd_seq_ev_set_source(&event, port);
+                event.dest = destination;
+                snd_seq_ev_set_direct(&event);
+                snd_seq_event_output_direct(handle, &event);
+                snd_seq_ev_clear(&event);
             }
-            snd_seq_ev_set_source(&event, port);
-            snd_seq_ev_set_dest(&event, client, destinationPort);
-            snd_seq_ev_set_direct(&event);
-            snd_seq_event_output_direct(handle, &event);
         }
     }
 

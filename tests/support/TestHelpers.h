@@ -8,7 +8,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QList>
+#include <QSignalSpy>
 #include <QStringList>
+
+// A file below tests/data.
+inline QString TestDataFile(const QString& path)
+{
+    return QStringLiteral(TESSERA_TEST_DATA_DIR "/") + path;
+}
 
 // "B0 07 7F" -> the bytes.
 inline QByteArray MIDIBytes(const QString& hex)
@@ -50,10 +57,39 @@ inline QString ErrorFrom(const char* source, const QString& message)
     return QStringLiteral("ERROR: ") + message + QStringLiteral("\t(") + QLatin1String(source) + QLatin1Char(')');
 }
 
-inline QJsonObject ReadJsonObject(const QString& path)
+// The whole file, or nothing if it cannot be read.
+inline QByteArray ReadFile(const QString& path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline QJsonObject ReadJsonObject(const QString& path)
+{
+    return QJsonDocument::fromJson(ReadFile(path)).object();
+}
+
+// The first argument of each signal a spy recorded, as text.
+inline QStringList FirstArguments(const QSignalSpy& spy)
+{
+    QStringList texts;
+    for (const QList<QVariant>& arguments : spy)
+    {
+        texts.append(arguments.at(0).toString());
+    }
+    return texts;
+}
+
+// A System Exclusive message of 1,000 bytes, longer than the pieces the
+// kernel's MIDI bridge passes on at a time.
+inline QByteArray LongSystemExclusive()
+{
+    QByteArray bytes = QByteArray::fromHex("F07D");
+    for (int index = 0; bytes.size() < 999; ++index)
+    {
+        bytes.append(static_cast<char>((index * 7) & 0x7F));
+    }
+    return bytes + QByteArray::fromHex("F7");
 }
 
 #endif
