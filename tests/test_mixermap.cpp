@@ -5,21 +5,13 @@
 
 namespace
 {
-QString DataFile(const char* name)
-{
-    return QStringLiteral(TESSERA_TEST_DATA_DIR "/maps/") + QLatin1String(name);
-}
-
 QStringList Sorted(QStringList names)
 {
     names.sort();
     return names;
 }
 
-QString Error(const QString& message)
-{
-    return ErrorFrom("MIDITranslator/MixerDawMap.cpp", message);
-}
+const char* const SOURCE = "MIDITranslator/MixerDawMap.cpp";
 }
 
 class tMixerMap : public QObject
@@ -30,7 +22,7 @@ private slots:
     {
         cStdoutCapture capture;
         cMixerDawMap map;
-        map.LoadFromFilePath(DataFile("quirks_map.json"));
+        map.LoadFromFilePath(TestDataFile("maps/quirks_map.json"));
 
         // A mixer without DAWs is listed; one without a name is not.
         QCOMPARE(Sorted(map.GetMixerNames()), QStringList({"Alpha", "Beta", "Lonely"}));
@@ -54,9 +46,9 @@ private slots:
         // Names are exact.
         QCOMPARE(map.GetFilePathForMixerAndDAW("alpha", "Reaper"), QStringLiteral("alpha"));
 
-        const QString gamma = Error("Unknown mixer name \"Gamma\"");
+        const QString gamma = ErrorFrom(SOURCE, "Unknown mixer name \"Gamma\"");
         QCOMPARE(WithoutLineNumbers(capture.ErrorLines()),
-                 QStringList({gamma, gamma, Error("Unknown DAW \"Logic\" for mixer \"Alpha\""), Error("Unknown mixer name \"alpha\"")}));
+                 QStringList({gamma, gamma, ErrorFrom(SOURCE, "Unknown DAW \"Logic\" for mixer \"Alpha\""), ErrorFrom(SOURCE, "Unknown mixer name \"alpha\"")}));
     }
 
     // A file that cannot be read, or that names no mixers, leaves nothing of
@@ -64,12 +56,12 @@ private slots:
     void FailedLoadLeavesTheMapEmpty()
     {
         const QList<QPair<const char*, int>> files = {
-            {"no_such_map.json", 1}, {"broken_map.json", 1}, {"no_mixers_map.json", 0}};
+            {"maps/no_such_map.json", 1}, {"maps/broken_map.json", 1}, {"maps/no_mixers_map.json", 0}};
         for (const auto& file : files)
         {
             cMixerDawMap map;
-            map.LoadFromFilePath(DataFile("quirks_map.json"));
-            const QStringList errors = ErrorLinesOf([&] { map.LoadFromFilePath(DataFile(file.first)); });
+            map.LoadFromFilePath(TestDataFile("maps/quirks_map.json"));
+            const QStringList errors = ErrorLinesOf([&] { map.LoadFromFilePath(TestDataFile(file.first)); });
             QVERIFY2(map.GetMixerNames().isEmpty(), file.first);
             QCOMPARE(errors.size(), file.second);
         }
