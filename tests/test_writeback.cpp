@@ -8,21 +8,11 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
-
-namespace
-{
-QByteArray ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-}
 
 class tWriteback : public QObject
 {
@@ -35,7 +25,7 @@ private slots:
         QVERIFY(directory->isValid());
         QVERIFY(QDir(directory->path()).mkdir(QStringLiteral("Maps")));
         path = directory->filePath(QStringLiteral("Maps/rules.json"));
-        QVERIFY(QFile::copy(QStringLiteral(TESSERA_TEST_DATA_DIR "/config/writeback.json"), path));
+        QVERIFY(QFile::copy(TestDataFile("config/writeback.json"), path));
         configuration = std::make_unique<cMIDITranslatorConfiguration>(new cSystemMIDIConfigurationMemory);
         configuration->LoadFromFile(path);
     }
@@ -46,61 +36,45 @@ private slots:
         directory.reset();
     }
 
-    void VariableDefaultIsWrittenAndLoadsBack()
+    // The first matching entry changes, and what the program does not know
+    // survives the rewrite.
+    void WrittenValuesLoadBack()
     {
         // The file's "k" carries its default as a string, so the load refused it;
         // writing a number repairs it.
-        configuration->WriteVariableValueToFile(QStringLiteral("n"), 7);
-        configuration->WriteVariableValueToFile(QStringLiteral("k"), 7);
+        configuration->WriteVariableValueToFile("n", 7);
+        configuration->WriteVariableValueToFile("k", 7);
+        configuration->WritePortNameAliasToFile("Mixer Out", "output", "Desk 2");
+        configuration->WritePortNameAliasToFile("Mixer In", "input", "Desk 2");
 
         const QJsonObject top = ReadJsonObject(path);
-        QCOMPARE(top.value(QStringLiteral("comment")).toString(), QStringLiteral("kept on rewrite"));
-        const QJsonArray variables = top.value(QStringLiteral("variables")).toArray();
-        QCOMPARE(variables.at(0).toObject().value(QStringLiteral("default")), QJsonValue(7));
-        QCOMPARE(variables.at(1).toObject().value(QStringLiteral("default")), QJsonValue(7));
-        const QJsonObject rule = top.value(QStringLiteral("rules")).toArray().at(0).toObject();
-        QCOMPARE(rule.value(QStringLiteral("colour")).toString(), QStringLiteral("red"));
+        QCOMPARE(top.value("comment").toString(), QStringLiteral("kept on rewrite"));
+        QCOMPARE(top.value("rules").toArray().at(0).toObject().value("colour").toString(), QStringLiteral("red"));
+        const QJsonArray variables = top.value("variables").toArray();
+        QCOMPARE(variables.at(0).toObject().value("default"), QJsonValue(7));
+        QCOMPARE(variables.at(1).toObject().value("default"), QJsonValue(7));
+        const QJsonArray aliases = top.value("port_aliases").toArray();
+        QCOMPARE(aliases.at(1).toObject().value("name").toString(), QStringLiteral("Desk 2"));
+        QCOMPARE(aliases.at(1).toObject().value("note").toString(), QStringLiteral("first"));
+        QCOMPARE(aliases.at(2).toObject().value("name").toString(), QStringLiteral("Desk"));
 
-        // Nothing changes in memory until the file is loaded again.
-        QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(0));
+        // Nothing changes in memory until the file is loaded again. Then the
+        // later of two entries for one alias wins, so the output stays where
+        // it was; the input, with one entry, moves.
+        QCOMPARE(configuration->GetVariableValue("n"), UBYTE(0));
         configuration->LoadFromFile(path);
-        QCOMPARE(configuration->GetVariableValue(QStringLiteral("n")), static_cast<unsigned char>(7));
-        QCOMPARE(configuration->GetVariableValue(QStringLiteral("k")), static_cast<unsigned char>(7));
-    }
-
-    void FirstMatchingAliasIsWrittenAndLoadsBack()
-    {
-        configuration->WritePortNameAliasToFile(QStringLiteral("Mixer Out"), QStringLiteral("output"),
-                                                QStringLiteral("Desk 2"));
-
-        const QJsonArray aliases = ReadJsonObject(path).value(QStringLiteral("port_aliases")).toArray();
-        QCOMPARE(aliases.size(), 3);
-        QCOMPARE(aliases.at(0).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk"));
-        QCOMPARE(aliases.at(1).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk 2"));
-        QCOMPARE(aliases.at(1).toObject().value(QStringLiteral("note")).toString(), QStringLiteral("first"));
-        QCOMPARE(aliases.at(2).toObject().value(QStringLiteral("name")).toString(), QStringLiteral("Desk"));
-
-        // The later of two entries for one alias wins on load, so the output
-        // stays where it was; the input, with one entry, moves.
-        configuration->WritePortNameAliasToFile(QStringLiteral("Mixer In"), QStringLiteral("input"),
-                                                QStringLiteral("Desk 2"));
-        configuration->LoadFromFile(path);
+        QCOMPARE(configuration->GetVariableValue("n"), UBYTE(7));
+        QCOMPARE(configuration->GetVariableValue("k"), UBYTE(7));
         QCOMPARE(configuration->GetMixerOutputPortName(), QStringLiteral("Desk"));
         QCOMPARE(configuration->GetMixerInputPortName(), QStringLiteral("Desk 2"));
     }
 
     void NoMatchWritesNothing()
     {
-        const QByteArray original = ReadAll(path);
-        configuration->WriteVariableValueToFile(QStringLiteral("q"), 1);
-        configuration->WritePortNameAliasToFile(QStringLiteral("Mixer In"), QStringLiteral("Input"),
-                                                QStringLiteral("Desk 2"));
-        QCOMPARE(ReadAll(path), original);
-
-        // With nothing loaded there is no document to edit.
-        configuration->LoadFromFile(directory->filePath(QStringLiteral("missing.json")));
-        configuration->WriteVariableValueToFile(QStringLiteral("n"), 1);
-        QVERIFY(!QFile::exists(directory->filePath(QStringLiteral("missing.json"))));
+        const QByteArray original = ReadFile(path);
+        configuration->WriteVariableValueToFile("q", 1);
+        configuration->WritePortNameAliasToFile("Mixer In", "Input", "Desk 2");
+        QCOMPARE(ReadFile(path), original);
     }
 
     void UnwritableFileIsReportedAndLeftAlone()
@@ -112,14 +86,13 @@ private slots:
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
         const QString moved = directory->filePath(QStringLiteral("Moved/rules.json"));
-        const QByteArray original = ReadAll(moved);
+        const QByteArray original = ReadFile(moved);
 
-        const QStringList errors =
-            ErrorLinesOf([&] { configuration->WriteVariableValueToFile(QStringLiteral("n"), 7); });
+        const QStringList errors = ErrorLinesOf([&] { configuration->WriteVariableValueToFile("n", 7); });
         QCOMPARE(errors.size(), 1);
         QVERIFY2(errors.at(0).startsWith(QStringLiteral("ERROR: Could not open file: \"%1\" for writing\t").arg(path)),
                  qPrintable(errors.at(0)));
-        QCOMPARE(ReadAll(moved), original);
+        QCOMPARE(ReadFile(moved), original);
         QCOMPARE(QFileInfo(blocker).size(), 0);
     }
 
