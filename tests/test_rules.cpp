@@ -146,19 +146,6 @@ private slots:
         QCOMPARE(loadErrors, QStringList({missingF, missingK, missingK, missingF}));
     }
 
-    // The pattern holds the value from compile time; the output reads it anew.
-    void ReadsGlobalsAtOutputTime()
-    {
-        cStdoutCapture quiet;
-        auto changed = LoadCompileFile();
-        const cMIDITranslatorRule compiledAtThree = RuleNamed(*changed, QStringLiteral("worked example"));
-        changed->SetVariableValue(QStringLiteral("n"), 0);
-        tBytes produced;
-        compiledAtThree.GetMIDIOutputFromMIDIInput(produced, {0xB3, 0x07, 0x64});
-        QCOMPARE(produced, (tBytes{0xE0, 0x04, 0x64}));
-        QCOMPARE(PatternText(compiledAtThree.GetMIDIMatchNibbleListIdentifier()), QStringLiteral("B 3 0 7 * *"));
-    }
-
     void RejectsMalformedRules_data()
     {
         QTest::addColumn<QString>("json");

@@ -45,15 +45,6 @@ private slots:
         QCOMPARE(variable.GetNumberOfValues(), 1);
         QCOMPARE(variable.GetNameAtIndex(0), QStringLiteral("seven"));
         QCOMPARE(capture.ErrorLines(), QStringList());
-
-        // Letters that are hexadecimal digits are valid names here, even
-        // though rules cannot refer to them.
-        for (const char* name : {"a", "F"})
-        {
-            Load(QStringLiteral(R"({"name": "x", "variable_name": "%1", "default": 0, "values": []})")
-                     .arg(QLatin1String(name)), ok);
-            QVERIFY(ok);
-        }
     }
 
     void RoundsNumbersToBytes_data()
