@@ -185,7 +185,9 @@ private slots:
         QVERIFY(!t.Units()->isVisibleTo(t.window.get()));
     }
 
-    // The help entry is followed to the manual by the installed-layout check.
+    // The entries themselves are followed by the tray checks on a real X
+    // server (x11/): "&Show Preferences" shows the window, "&Help" opens the
+    // manual and "&Quit" quits.
     void TrayMenuShowsWindow()
     {
         cWindowUnderTest t;
@@ -205,10 +207,6 @@ private slots:
         emit trayIcon->activated(QSystemTrayIcon::Trigger);
         QVERIFY(!t.window->isVisible());
         emit trayIcon->activated(QSystemTrayIcon::DoubleClick);
-        QVERIFY(t.window->isVisible());
-        t.window->close();
-        QVERIFY(!t.window->isVisible());
-        t.Action("&Show Preferences")->trigger();
         QVERIFY(t.window->isVisible());
     }
 
