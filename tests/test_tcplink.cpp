@@ -88,9 +88,7 @@ private slots:
         QByteArray lost("\x80\x3C\x00", 3);
         link.WriteMIDIData(lost);
 
-        texts.clear();
         QVERIFY(ConnectTo(sim, link, texts));
-        QCOMPARE(FirstArguments(texts), QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
         QByteArray afterReconnect("\xC0\x05", 2);
         link.WriteMIDIData(afterReconnect);
         QVERIFY(sim.WaitForLine(QStringLiteral(" in  C0 05$")));
