@@ -56,17 +56,14 @@ private slots:
         cTCPMIDIInptOutput link;
         QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
         QSignalSpy readReady(&link, &cMIDIInput::MIDIReadReady);
-        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
 
         link.ConnectToHost(QHostAddress(SIM_ADDRESS));
-        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Connecting..."));
         // A rule firing now must not end the attempt.
         QByteArray duringHandshake("\x90\x3C\x01", 3);
         link.WriteMIDIData(duringHandshake);
         QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
         QCOMPARE(FirstArguments(texts), QStringList({"Not Connected", "Looking up host", "Connecting...", "Connected"}));
         QVERIFY(link.IsConnected());
-        QVERIFY(sim.WaitForLine(QStringLiteral("^connected 127\\.0\\.0\\.1:")));
 
         QByteArray toMixer("\xB0\x07\x7F\x90\x3C\x64", 6);
         link.WriteMIDIData(toMixer);
@@ -100,7 +97,6 @@ private slots:
         texts.clear();
         link.DisconnectFromHost();
         QCOMPARE(FirstArguments(texts).last(), QStringLiteral("Not Connected"));
-        QCOMPARE(link.GetCurrentSocketStateDescription(), QStringLiteral("Not Connected"));
         QVERIFY(sim.WaitForLine(QStringLiteral("^disconnected$")));
         QVERIFY(sim.Stop());
     }

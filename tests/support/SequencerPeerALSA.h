@@ -2,13 +2,10 @@
 #define SEQUENCERPEERALSA_H
 
 #include <QByteArray>
-#include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QTest>
 
 #include <alsa/asoundlib.h>
-
-#include <poll.h>
-#include <vector>
 
 // A second sequencer client, written straight against alsa-lib, standing in
 // for the mixer or the DAW on the other side of the program's ports.
@@ -118,14 +115,11 @@ public:
     QByteArray Receive(int count, int timeout = 20000)
     {
         QByteArray received;
-        std::vector<pollfd> descriptors(static_cast<size_t>(snd_seq_poll_descriptors_count(handle, POLLIN)));
-        snd_seq_poll_descriptors(handle, descriptors.data(), static_cast<unsigned int>(descriptors.size()), POLLIN);
         QElapsedTimer timer;
         timer.start();
         while (received.size() < count && !timer.hasExpired(timeout))
         {
-            QCoreApplication::processEvents();
-            poll(descriptors.data(), descriptors.size(), 10);
+            QTest::qWait(5);
             snd_seq_event_t* event = nullptr;
             while (snd_seq_event_input(handle, &event) >= 0 && event)
             {
