@@ -88,6 +88,9 @@ private slots:
         QCOMPARE(found.count(), 256);
         QCOMPARE(finder.GetFoundUnits().size(), 256);
         QCOMPARE(finder.GetFoundUnits().last().address, QHostAddress(QStringLiteral("127.0.1.0")));
+        // Of the units named alike, the first found gives its address.
+        QString name = QStringLiteral("Unit");
+        QCOMPARE(finder.GetHostAddressByUnitName(name), QHostAddress(QStringLiteral("127.0.0.1")));
 
         // A known unit answering again is refreshed, not added, even at the limit.
         finder.UnitRespond(sUnit{QHostAddress(QStringLiteral("127.0.0.1")), QStringLiteral("Unit"), TX});
@@ -147,6 +150,7 @@ private slots:
         finder.StartFindingUnits(TX);
         finder.StartFindingUnits(KVR);
         finder.StartFindingUnits(TX);
+        QCOMPARE(finder.findChildren<cUnitFinder*>().size(), 2);
         QTRY_COMPARE(finder.GetFoundUnits().size(), 3);
         // Several more rounds of answers find nobody twice.
         for (int i = 0; i < 3; ++i)
@@ -157,6 +161,8 @@ private slots:
         QVERIFY(SameUnits(Units(found), {UNIT_A, UNIT_B, UNIT_C}));
         QCOMPARE(finder.GetFoundUnitsOfFindString(KVR), QList<sUnit>({UNIT_C}));
         QVERIFY(SameUnits(finder.GetFoundUnitsOfFindString(TX), {UNIT_A, UNIT_B}));
+        finder.StopFindingUnits(QStringLiteral("XR Find"));
+        QCOMPARE(lost.count(), 0);
 
         const QList<sUnit> txUnits = finder.GetFoundUnitsOfFindString(TX);
         finder.StopFindingUnits(TX);
@@ -166,6 +172,7 @@ private slots:
         // Found again, they go to the end of the list.
         lost.clear();
         finder.StartFindingUnits(TX);
+        QCOMPARE(finder.findChildren<cUnitFinder*>().size(), 2);
         QTRY_COMPARE(finder.GetFoundUnits().size(), 3);
         QCOMPARE(finder.GetFoundUnits().first(), UNIT_C);
         QCOMPARE(lost.count(), 0);

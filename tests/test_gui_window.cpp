@@ -179,6 +179,8 @@ private slots:
         QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Fader Protocol"));
         QCOMPARE(t.Channel()->currentText(), QStringLiteral("2"));
         QVERIFY(t.MIDIPorts()->isChecked());
+        QCOMPARE(Items(t.Input()), QStringList({"-"}));
+        QCOMPARE(Items(t.Output()), QStringList({"-"}));
         QCOMPARE(t.Address()->text(), QStringLiteral("192.168.1.1"));
         QVERIFY(!t.Connect()->isChecked());
         QVERIFY(t.Input()->isVisibleTo(t.window.get()));
@@ -356,9 +358,10 @@ private slots:
         t.TCPIP()->click();
         QCOMPARE(t.Status(), QStringLiteral("Not Connected"));
         const QValidator* validator = t.Address()->validator();
-        const QList<QPair<QString, QValidator::State>> rated = {{"256.1.1.1", QValidator::Invalid},
-            {"192.168..1", QValidator::Intermediate}, {" 10. 0 .0  .7 ", QValidator::Acceptable},
-            {"0.0.0.0", QValidator::Invalid}, {"10.a.0.1", QValidator::Invalid},
+        const QList<QPair<QString, QValidator::State>> rated = {{"192.168.1.1", QValidator::Acceptable},
+            {"256.1.1.1", QValidator::Invalid}, {"192.168..1", QValidator::Intermediate},
+            {" 10. 0 .0  .7 ", QValidator::Acceptable}, {"0.0.0.0", QValidator::Invalid},
+            {"0.0.0.1", QValidator::Acceptable}, {"10.a.0.1", QValidator::Invalid},
             {"010.001.000.255", QValidator::Acceptable}};
         for (const auto& entry : rated)
         {

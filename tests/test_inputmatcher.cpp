@@ -37,6 +37,7 @@ private slots:
         QTest::addColumn<QStringList>("chunks");
         QTest::addColumn<QStringList>("expected");
 
+        QTest::newRow("note on, velocity 0 as note off") << QStringList{"90 40 7F 40 00"} << QStringList{"90 40 7F 90 40 00"};
         QTest::newRow("program change has one data byte") << QStringList{"C0 05 06"} << QStringList{"C0 05 C0 06"};
         QTest::newRow("channel pressure has one data byte") << QStringList{"D3 10 20 30"} << QStringList{"D3 10 D3 20 D3 30"};
         QTest::newRow("clock inside a message") << QStringList{"90 40 F8 7F 41 00"} << QStringList{"90 40 F8 7F 90 41 00"};

@@ -40,6 +40,7 @@ private slots:
         QTest::addColumn<QString>("stream");
         QTest::addColumn<QStringList>("expected");
 
+        QTest::newRow("empty tree") << QStringList() << "B0 07 7F 00 FF" << QStringList();
         QTest::newRow("wildcard and literal end together, in insertion order")
             << QStringList{"B0 07 **", "B0 07 7F"} << "B0 07 7F" << QStringList{"1:B0077F", "2:B0077F"};
         // The starts at 02 and 03 would fire again inside the first match.

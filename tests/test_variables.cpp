@@ -45,6 +45,10 @@ private slots:
         QCOMPARE(variable.GetNumberOfValues(), 1);
         QCOMPARE(variable.GetNameAtIndex(0), QStringLiteral("seven"));
         QCOMPARE(capture.ErrorLines(), QStringList());
+
+        // A hexadecimal digit is a valid name here, though no rule can use it.
+        Load(R"({"name": "x", "variable_name": "F", "default": 0, "values": []})", ok);
+        QVERIFY(ok);
     }
 
     void RoundsNumbersToBytes_data()
