@@ -1,7 +1,7 @@
 #include "Application/MIDIMonitorModel.h"
 
-#include "Common/MIDI/HexText.h"
-#include "Common/MIDI/MIDIMessageDescription.h"
+#include "Common/MIDI/Text/HexText.h"
+#include "Common/MIDI/Text/MIDIMessageDescription.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 
 #include <QFont>

@@ -2,9 +2,9 @@
 #include "Application/DebugTrace.h"
 #include "Application/MainWindow.h"
 #ifdef TESSERA_ALSA
-#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #else
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #endif
 
 #include <QApplication>

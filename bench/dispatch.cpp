@@ -7,7 +7,7 @@
 // message read and written, and the event loop hands its rows to the view.
 
 #include "Common/MIDI/MIDIInputOutput.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 
 #ifdef TESSERA_BENCH_MONITOR

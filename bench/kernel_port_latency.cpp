@@ -7,7 +7,7 @@
 // load; reported are the medians of each and their ratio. Needs root, or
 // access to /dev/snd, and four snd-virmidi ports (the module's default).
 
-#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "bench/RuleFile.h"
 #include "tests/support/VirtualRawMIDI.h"

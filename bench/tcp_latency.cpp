@@ -6,7 +6,7 @@
 // Reported per benchmark: p50, p99 and max in microseconds; at the end the
 // ratio of the two p99s.
 
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "Network/TCPMIDIInptOutput.h"
 #include "bench/RuleFile.h"

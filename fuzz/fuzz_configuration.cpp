@@ -3,8 +3,8 @@
 // in two reads so that messages are cut between them. Then the mixer's input
 // moves, a variable changes, and the same bytes arrive again.
 
-#include "Common/MIDI/MIDIInputOutputMemory.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "fuzz/RuleFileFuzzing.h"
 

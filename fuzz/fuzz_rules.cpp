@@ -3,7 +3,7 @@
 //
 // The MIDI bytes of the input are handed to each rule as its matched message.
 
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "fuzz/RuleFileFuzzing.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 

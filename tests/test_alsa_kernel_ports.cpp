@@ -4,7 +4,7 @@
 // mode. Kernel ports take MIDI only from a subscriber, cut System Exclusive
 // into pieces and go away with their driver: a user-space peer hides all that.
 
-#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #include "Common/MIDI/MIDIInput.h"
 #include "Common/MIDI/MIDIOutput.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
@@ -126,7 +126,7 @@ private slots:
                 registry->GetMIDIOutput(QStringLiteral("Tessera DAW"))->WriteMIDIData(fader);
             }
         };
-        const QStringList refused = {ErrorFrom("Common/MIDI/SequencerPortALSA.cpp",
+        const QStringList refused = {ErrorFrom("Common/MIDI/ALSA/SequencerPortALSA.cpp",
             QStringLiteral("ALSA sequencer refused MIDI for \"Tessera DAW\": Resource temporarily unavailable"))};
         QCOMPARE(ErrorLinesOf(flood), refused);
         daw.Receive(1, 500);  // finds the overrun, and the kernel empties the pool

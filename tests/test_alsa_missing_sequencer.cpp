@@ -1,7 +1,7 @@
 // The ALSA registry on a machine without a sequencer device: it must say so
 // once and leave the rest of the program working. Runs outside the test VM.
 
-#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #include "Common/MIDI/MIDIOutput.h"
 #include "tests/support/StdoutCapture.h"
 
@@ -33,7 +33,7 @@ private slots:
         const QStringList errors = capture.ErrorLines();
         QCOMPARE(errors.size(), 1);
         QVERIFY2(errors.at(0).contains(QRegularExpression(QStringLiteral(
-                     "^ERROR: Failed to open the ALSA sequencer: .+\t\\(Common/MIDI/SequencerALSA\\.cpp:\\d+\\)$"))),
+                     "^ERROR: Failed to open the ALSA sequencer: .+\t\\(Common/MIDI/ALSA/SequencerALSA\\.cpp:\\d+\\)$"))),
             qPrintable(errors.at(0)));
     }
 };

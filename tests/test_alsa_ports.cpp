@@ -2,7 +2,7 @@
 // in for the mixer and the DAW, and a whole translation between them. Needs
 // /dev/snd/seq.
 
-#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #include "Common/MIDI/MIDIInput.h"
 #include "Common/MIDI/MIDIOutput.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"

@@ -9,8 +9,8 @@
 #include "Application/MIDIMonitorModel.h"
 #include "Application/MIDIMonitorWindow.h"
 #include "Application/MainWindow.h"
-#include "Common/MIDI/MIDIInputOutputMemory.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
 #include "support/TestHelpers.h"
 

@@ -2,9 +2,9 @@
 // expanded, and the matcher bound to its port by name.
 
 #include "Common/MIDI/MIDIInputMatcher.h"
-#include "Common/MIDI/MIDIInputOutputMemory.h"
 #include "Common/MIDI/MIDIRunningStatusFixer.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "support/MatchRecorder.h"
 
 #include <QSignalSpy>

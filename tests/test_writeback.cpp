@@ -1,7 +1,7 @@
 // Saving a variable's default and an alias's target back into the rule file:
 // on a copy of a real file, read back both as JSON and through a fresh load.
 
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "support/TestHelpers.h"
 

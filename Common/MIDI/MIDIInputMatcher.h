@@ -1,8 +1,8 @@
 #ifndef MIDIINPUTMATCHER_H
 #define MIDIINPUTMATCHER_H
 
-#include "Common/MIDI/MIDIMessageSplitter.h"
 #include "Common/MIDI/MIDIRunningStatusFixer.h"
+#include "Common/MIDI/Text/MIDIMessageSplitter.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,8 +1,8 @@
 #ifndef TRANSLATORFIXTURE_H
 #define TRANSLATORFIXTURE_H
 
-#include "Common/MIDI/MIDIInputOutputMemory.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "TestHelpers.h"
 

@@ -1,7 +1,7 @@
 #ifndef MIDIPEERSERVER_H
 #define MIDIPEERSERVER_H
 
-#include "Common/MIDI/MIDIMessageSplitter.h"
+#include "Common/MIDI/Text/MIDIMessageSplitter.h"
 
 #include <QByteArray>
 #include <QHostAddress>

@@ -6,7 +6,7 @@
 #include "MIDIPeerServer.h"
 #include "StopSignals.h"
 
-#include "Common/MIDI/HexText.h"
+#include "Common/MIDI/Text/HexText.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "tools/tessera-rules/RuleFileCheck.h"
 
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "tools/tessera-rules/RuleFileText.h"
 

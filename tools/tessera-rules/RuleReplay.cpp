@@ -1,10 +1,10 @@
 #include "tools/tessera-rules/RuleReplay.h"
 
-#include "Common/MIDI/HexText.h"
-#include "Common/MIDI/MIDIInputOutputMemory.h"
-#include "Common/MIDI/MIDIMessageDescription.h"
 #include "Common/MIDI/MIDITrafficListener.h"
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Text/HexText.h"
+#include "Common/MIDI/Text/MIDIMessageDescription.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "tools/tessera-rules/RuleFileText.h"
 

@@ -1,8 +1,8 @@
 #ifndef MIDIOUTPUTALSA_H
 #define MIDIOUTPUTALSA_H
 
+#include "Common/MIDI/ALSA/SequencerPortALSA.h"
 #include "Common/MIDI/MIDIOutput.h"
-#include "Common/MIDI/SequencerPortALSA.h"
 
 // Another client's port opened for writing: a hidden port of ours subscribed
 // to it, sending to that subscription. The kernel's MIDI device clients (the

@@ -1,6 +1,6 @@
-#include "Common/MIDI/MIDIMessageDescription.h"
+#include "Common/MIDI/Text/MIDIMessageDescription.h"
 
-#include "Common/MIDI/MIDIMessageSplitter.h"
+#include "Common/MIDI/Text/MIDIMessageSplitter.h"
 
 #include <QStringList>
 

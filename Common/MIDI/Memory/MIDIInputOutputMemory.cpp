@@ -1,4 +1,4 @@
-#include "Common/MIDI/MIDIInputOutputMemory.h"
+#include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
 
 #include <QMutexLocker>
 

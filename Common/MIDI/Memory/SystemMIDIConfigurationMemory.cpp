@@ -1,6 +1,6 @@
-#include "Common/MIDI/SystemMIDIConfigurationMemory.h"
+#include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 
-#include "Common/MIDI/MIDIInputOutputMemory.h"
+#include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
 
 cSystemMIDIConfigurationMemory::cSystemMIDIConfigurationMemory(QObject* parent) : cSystemMIDIConfiguration(parent) {}
 

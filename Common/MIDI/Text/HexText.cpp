@@ -1,4 +1,4 @@
-#include "Common/MIDI/HexText.h"
+#include "Common/MIDI/Text/HexText.h"
 
 #include <QRegularExpression>
 #include <QStringList>

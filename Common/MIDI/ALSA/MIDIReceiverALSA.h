@@ -1,8 +1,8 @@
 #ifndef MIDIRECEIVERALSA_H
 #define MIDIRECEIVERALSA_H
 
+#include "Common/MIDI/ALSA/SequencerALSA.h"
 #include "Common/MIDI/BufferedMIDIInput.h"
-#include "Common/MIDI/SequencerALSA.h"
 
 // The receiving side shared by every ALSA port class (Base is cMIDIInput or a
 // subclass): what the sequencer's reader thread delivers goes to the buffer.

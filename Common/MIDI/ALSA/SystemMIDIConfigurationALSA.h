@@ -1,7 +1,7 @@
 #ifndef SYSTEMMIDICONFIGURATIONALSA_H
 #define SYSTEMMIDICONFIGURATIONALSA_H
 
-#include "Common/MIDI/SequencerALSA.h"
+#include "Common/MIDI/ALSA/SequencerALSA.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
 
 #include <QList>

@@ -1,4 +1,4 @@
-#include "Common/MIDI/SequencerALSA.h"
+#include "Common/MIDI/ALSA/SequencerALSA.h"
 
 #include "Application/DebugTrace.h"
 

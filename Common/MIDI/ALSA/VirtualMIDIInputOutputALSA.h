@@ -1,9 +1,9 @@
 #ifndef VIRTUALMIDIINPUTOUTPUTALSA_H
 #define VIRTUALMIDIINPUTOUTPUTALSA_H
 
+#include "Common/MIDI/ALSA/MIDIReceiverALSA.h"
+#include "Common/MIDI/ALSA/SequencerPortALSA.h"
 #include "Common/MIDI/MIDIInputOutput.h"
-#include "Common/MIDI/MIDIReceiverALSA.h"
-#include "Common/MIDI/SequencerPortALSA.h"
 
 // A port the program publishes for the DAW: one port of our client, under the
 // name the rule file gives, that other clients can both read from and write

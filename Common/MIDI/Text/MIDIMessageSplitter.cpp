@@ -1,4 +1,4 @@
-#include "Common/MIDI/MIDIMessageSplitter.h"
+#include "Common/MIDI/Text/MIDIMessageSplitter.h"
 
 namespace
 {

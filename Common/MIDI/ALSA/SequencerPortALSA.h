@@ -1,7 +1,7 @@
 #ifndef SEQUENCERPORTALSA_H
 #define SEQUENCERPORTALSA_H
 
-#include "Common/MIDI/SequencerALSA.h"
+#include "Common/MIDI/ALSA/SequencerALSA.h"
 
 #include <memory>
 

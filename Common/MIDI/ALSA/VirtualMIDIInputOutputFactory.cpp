@@ -1,6 +1,6 @@
-#include "Common/MIDI/VirtualMIDIInputOutputFactory.h"
+#include "Common/MIDI/ALSA/VirtualMIDIInputOutputFactory.h"
 
-#include "Common/MIDI/VirtualMIDIInputOutputALSA.h"
+#include "Common/MIDI/ALSA/VirtualMIDIInputOutputALSA.h"
 
 cMIDIInputOutput* cVirtualMIDIInputOutputFactory::CreateVirtualMIDIInputOutput(QString name, QObject* parent)
 {

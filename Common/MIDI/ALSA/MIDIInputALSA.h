@@ -1,9 +1,9 @@
 #ifndef MIDIINPUTALSA_H
 #define MIDIINPUTALSA_H
 
+#include "Common/MIDI/ALSA/MIDIReceiverALSA.h"
+#include "Common/MIDI/ALSA/SequencerPortALSA.h"
 #include "Common/MIDI/MIDIInput.h"
-#include "Common/MIDI/MIDIReceiverALSA.h"
-#include "Common/MIDI/SequencerPortALSA.h"
 
 // Another client's port opened for reading: a hidden port of ours subscribed
 // to it. The subscription ends when either port goes.

@@ -1,9 +1,9 @@
-#include "Common/MIDI/SystemMIDIConfigurationALSA.h"
+#include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 
 #include "Application/DebugTrace.h"
-#include "Common/MIDI/MIDIInputALSA.h"
-#include "Common/MIDI/MIDIOutputALSA.h"
-#include "Common/MIDI/VirtualMIDIInputOutputFactory.h"
+#include "Common/MIDI/ALSA/MIDIInputALSA.h"
+#include "Common/MIDI/ALSA/MIDIOutputALSA.h"
+#include "Common/MIDI/ALSA/VirtualMIDIInputOutputFactory.h"
 
 // The input and output lists are handled alike, by these templates over the
 // list's identifier type.

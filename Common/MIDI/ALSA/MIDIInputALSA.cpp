@@ -1,4 +1,4 @@
-#include "Common/MIDI/MIDIInputALSA.h"
+#include "Common/MIDI/ALSA/MIDIInputALSA.h"
 
 #include <alsa/asoundlib.h>
 

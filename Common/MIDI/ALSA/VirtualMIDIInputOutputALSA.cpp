@@ -1,4 +1,4 @@
-#include "Common/MIDI/VirtualMIDIInputOutputALSA.h"
+#include "Common/MIDI/ALSA/VirtualMIDIInputOutputALSA.h"
 
 #include <alsa/asoundlib.h>
 

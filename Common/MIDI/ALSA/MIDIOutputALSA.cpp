@@ -1,4 +1,4 @@
-#include "Common/MIDI/MIDIOutputALSA.h"
+#include "Common/MIDI/ALSA/MIDIOutputALSA.h"
 
 #include <alsa/asoundlib.h>
 

@@ -1,4 +1,4 @@
-#include "Common/MIDI/SequencerPortALSA.h"
+#include "Common/MIDI/ALSA/SequencerPortALSA.h"
 
 #include "Application/DebugTrace.h"
 
