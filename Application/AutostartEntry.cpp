@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
@@ -42,9 +43,33 @@ QString cAutostartEntry::GetFilePath()
         + ORGANISATION_DOMAIN_STRING + QLatin1Char('.') + PRODUCT_NAME_STRING + QStringLiteral(".desktop");
 }
 
-bool cAutostartEntry::Exists()
+bool cAutostartEntry::IsEnabled()
 {
-    return QFileInfo::exists(GetFilePath());
+    QFile file(GetFilePath());
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    {
+        return false;
+    }
+    // Sessions switch an entry off with Hidden=true (the autostart standard)
+    // or, on GNOME, with X-GNOME-Autostart-enabled=false.
+    bool inMainGroup = false;
+    while (!file.atEnd())
+    {
+        const QString line = QString::fromUtf8(file.readLine()).trimmed();
+        if (line.startsWith(QLatin1Char('[')))
+        {
+            inMainGroup = line == QLatin1String("[Desktop Entry]");
+            continue;
+        }
+        const QString key = line.section(QLatin1Char('='), 0, 0).trimmed();
+        const QString value = line.section(QLatin1Char('='), 1).trimmed();
+        if (inMainGroup && ((key == QLatin1String("Hidden") && value == QLatin1String("true"))
+            || (key == QLatin1String("X-GNOME-Autostart-enabled") && value == QLatin1String("false"))))
+        {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool cAutostartEntry::Create()
@@ -80,7 +105,7 @@ bool cAutostartEntry::Create()
 bool cAutostartEntry::Remove()
 {
     const QString path = GetFilePath();
-    if (!Exists() || QFile::remove(path))
+    if (!QFileInfo::exists(path) || QFile::remove(path))
     {
         return true;
     }

@@ -189,11 +189,12 @@ void cMainWindow::CreateUI()
     trayIconMenu->addSeparator();
     trayIconMenu->addAction(quitAction);
 
-    // The entry may be added or removed behind the program's back, by the
-    // session's own settings or by hand: the tick is read afresh each time.
-    startAtLoginAction->setChecked(cAutostartEntry::Exists());
+    // The entry may be added, removed or switched off behind the program's
+    // back, by the session's own settings or by hand: the tick is read afresh
+    // each time.
+    startAtLoginAction->setChecked(cAutostartEntry::IsEnabled());
     connect(trayIconMenu, &QMenu::aboutToShow, this,
-        [this]() { startAtLoginAction->setChecked(cAutostartEntry::Exists()); });
+        [this]() { startAtLoginAction->setChecked(cAutostartEntry::IsEnabled()); });
 
     trayIcon = new QSystemTrayIcon(this);
     trayIcon->setContextMenu(trayIconMenu);
@@ -296,7 +297,7 @@ void cMainWindow::StartAtLoginTriggered(bool checked)
         cAutostartEntry::Remove();
     }
     // A failure has been reported; the tick shows what is really there.
-    startAtLoginAction->setChecked(cAutostartEntry::Exists());
+    startAtLoginAction->setChecked(cAutostartEntry::IsEnabled());
 }
 
 void cMainWindow::LoadSettings()

@@ -230,6 +230,15 @@ private slots:
         startAtLogin->trigger();
         QVERIFY(!entry.exists() && !startAtLogin->isChecked());
 
+        // A session switches an entry off by marking it hidden; ticking writes it anew.
+        QVERIFY(entry.open(QIODevice::WriteOnly) && entry.write("[Desktop Entry]\nHidden=true\n") > 0);
+        entry.close();
+        emit menu->aboutToShow();
+        QVERIFY(!startAtLogin->isChecked());
+        startAtLogin->trigger();
+        QVERIFY(startAtLogin->isChecked() && !ReadFile(entry.fileName()).contains("Hidden"));
+        startAtLogin->trigger();
+
         // Where the entry cannot be written, the tick stays off, with the reason traced.
         QFile blocker(config.filePath("autostart"));
         QVERIFY(config.rmdir("autostart") && blocker.open(QIODevice::WriteOnly));
