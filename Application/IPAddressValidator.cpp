@@ -34,3 +34,19 @@ QValidator::State cIPAddressValidator::validate(QString& text, int& /*pos*/) con
     }
     return allZero ? Invalid : Acceptable;
 }
+
+QHostAddress cIPAddressValidator::ToAddress(const QString& text)
+{
+    QStringList groups = text.split(QLatin1Char('.'));
+    for (QString& group : groups)
+    {
+        bool isNumber = false;
+        const int value = group.trimmed().toInt(&isNumber, 10);
+        if (!isNumber)
+        {
+            return QHostAddress(text);
+        }
+        group = QString::number(value);
+    }
+    return QHostAddress(groups.join(QLatin1Char('.')));
+}

@@ -1,6 +1,7 @@
 #ifndef IPADDRESSVALIDATOR_H
 #define IPADDRESSVALIDATOR_H
 
+#include <QHostAddress>
 #include <QValidator>
 
 class QIntValidator;
@@ -15,6 +16,12 @@ public:
     explicit cIPAddressValidator(QObject* parent = nullptr);
 
     State validate(QString& text, int& pos) const override;
+
+    // The address the field's text stands for. The field's mask pads groups
+    // with blanks and allows leading zeros, which an address parser reads as
+    // octal ("010" as 8); stores written by earlier releases may hold such
+    // text too. Each group is read as decimal.
+    static QHostAddress ToAddress(const QString& text);
 
 private:
     QIntValidator* groupValidator;

@@ -1,30 +1,29 @@
 #include "Application/MainWindow.h"
 
 #include "Application/ApplicationStrings.h"
-#include "Application/AutostartEntry.h"
 #include "Application/IPAddressValidator.h"
-#include "Application/MIDIActiveWidget.h"
-#include "Application/MIDIMonitorWindow.h"
+#include "Application/MixerPortList.h"
+#include "Application/StatusBarView.h"
+#include "Application/TrayMenu.h"
+#include "Application/UnitList.h"
 #include "Application/WidgetGroup.h"
 #include "ui_MainWindow.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
 #include "MIDITranslator/FileLocations.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "Network/MultiUnitFinder.h"
+#include "Network/RetryTimer.h"
+#include "Network/TCPMIDIConnectionPolicy.h"
 #include "Network/TCPMIDIInptOutput.h"
-#include "Network/TCPMIDIReconnector.h"
 
-#include <QAction>
-#include <QApplication>
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
 #include <QLayout>
-#include <QMenu>
 #include <QMessageBox>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QStatusBar>
-#include <QTimer>
 #include <QUrl>
 
 namespace
@@ -32,56 +31,14 @@ namespace
 const QString DEFAULT_UNIT_IP_ADDRESS = QStringLiteral("192.168.1.1");
 const QString MIDI_MODE_SETTING = QStringLiteral("MIDI");
 const QString TCP_MODE_SETTING = QStringLiteral("TCP");
-const QString NO_PORT_ENTRY = QStringLiteral("-");
-const QString OFFLINE_PORT_PREFIX = QStringLiteral("(Offline) ");
 const QString MIDI_CHANNEL_VARIABLE_NAME = QStringLiteral("MIDI Channel");
-const QString ICON_PATH = QStringLiteral(":/Images/Icon.svg");
-
-// Each mixer family answers its own discovery datagram.
-QString FindStringForMixer(const QString& mixerName)
-{
-    if (mixerName.contains(QStringLiteral("Tx")))
-    {
-        return QStringLiteral("TX Find");
-    }
-    if (mixerName.contains(QStringLiteral("KVR")))
-    {
-        return QStringLiteral("KVR Find");
-    }
-    return QString();
-}
-
-bool IsCustomUnit(const sUnit& unit)
-{
-    return unit.name == CUSTOM_UNIT_STRING && unit.findString.isEmpty();
-}
-
-// The address field's mask pads groups with blanks and allows leading zeros,
-// which an address parser reads as octal ("010" as 8); stores written by
-// earlier releases may hold such text too. Each group is read as decimal.
-QHostAddress DottedDecimalAddress(const QString& text)
-{
-    QStringList groups = text.split(QLatin1Char('.'));
-    for (QString& group : groups)
-    {
-        bool isNumber = false;
-        const int value = group.trimmed().toInt(&isNumber, 10);
-        if (!isNumber)
-        {
-            return QHostAddress(text);
-        }
-        group = QString::number(value);
-    }
-    return QHostAddress(groups.join(QLatin1Char('.')));
-}
 }
 
 cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWidget* parent)
     : QMainWindow(parent),
       ui(new Ui_MainWindow),
       midiPortsGroup(new cWidgetGroup(this)),
-      tcpIPGroup(new cWidgetGroup(this)),
-      customUnit{QHostAddress(DEFAULT_UNIT_IP_ADDRESS), CUSTOM_UNIT_STRING, QString()}
+      tcpIPGroup(new cWidgetGroup(this))
 {
     RegisterUnitMetaType();
     mixerDawMap.LoadFromFilePath(cFileLocations::GetMixerMapFilePath());
@@ -89,20 +46,24 @@ cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWid
     ui->setupUi(this);
     ui->mIPAddressEdit->setValidator(new cIPAddressValidator(ui->mIPAddressEdit));
     connect(ui->mIPAddressEdit, &QLineEdit::textChanged, this, &cMainWindow::IPAddressChanged);
+    unitList.reset(new cUnitList(ui->mUnitComboBox, QHostAddress(DEFAULT_UNIT_IP_ADDRESS)));
     setFixedSize(layout()->sizeHint());
 
     translatorConfiguration = new cMIDITranslatorConfiguration(systemMIDIConfiguration);
+    statusBarView = new cStatusBarView(statusBar(), translatorConfiguration);
+    mixerInputList.reset(new cMixerPortList(ui->mMixerMIDIInComboBox, translatorConfiguration,
+        &cMIDITranslatorConfiguration::SetMixerInputPortName));
+    mixerOutputList.reset(new cMixerPortList(ui->mMixerMIDIOutComboBox, translatorConfiguration,
+        &cMIDITranslatorConfiguration::SetMixerOutputPortName));
     CreateMixerTypeComboBox();
 
     tcpMIDIInputOutput = new cTCPMIDIInptOutput(this);
     connect(tcpMIDIInputOutput, &cTCPMIDIInptOutput::StateStringChanged,
         this, &cMainWindow::TCPMIDIConnectionStateStringChanged);
-    tcpMIDIReconnector = new cTCPMIDIReconnector(tcpMIDIInputOutput, this);
-    connect(tcpMIDIReconnector, &cTCPMIDIReconnector::RetryScheduled, this, &cMainWindow::TCPMIDIRetryScheduled);
-    connectToSavedUnitTimer = new QTimer(this);
-    connectToSavedUnitTimer->setSingleShot(true);
-    connectToSavedUnitTimer->setInterval(0);
-    connect(connectToSavedUnitTimer, &QTimer::timeout, this, &cMainWindow::ConnectToSavedUnitIfWanted);
+    connectionPolicy = new cTCPMIDIConnectionPolicy(tcpMIDIInputOutput, new cRetryTimer, this);
+    connect(connectionPolicy, &cTCPMIDIConnectionPolicy::StateChanged, this, &cMainWindow::ShowConnectionState);
+    connect(connectionPolicy, &cTCPMIDIConnectionPolicy::ConnectWanted, this,
+        [this]() { ui->mConnectCheckBox->setChecked(true); });
 
     multiUnitFinder = new cMultiUnitFinder(this);
     connect(multiUnitFinder, &cMultiUnitFinder::UnitFound, this, &cMainWindow::FoundUnitsChanged);
@@ -124,6 +85,7 @@ cMainWindow::~cMainWindow()
     // torn down; nothing here may answer them any more.
     translatorConfiguration->GetSystemMIDIConfiguration()->disconnect(this);
     tcpMIDIInputOutput->disconnect(this);
+    connectionPolicy->disconnect(this);
     multiUnitFinder->disconnect(this);
     delete translatorConfiguration;
     delete ui;
@@ -135,7 +97,7 @@ void cMainWindow::CreateMixerTypeComboBox()
     mixerNames.sort(Qt::CaseSensitive);
     for (const QString& mixerName : qAsConst(mixerNames))
     {
-        ui->mMixerTypeComboBox->addItem(mixerName, FindStringForMixer(mixerName));
+        ui->mMixerTypeComboBox->addItem(mixerName, cMultiUnitFinder::GetFindStringForMixer(mixerName));
     }
     connect(ui->mMixerTypeComboBox, QOverload<int>::of(&QComboBox::currentIndexChanged),
         this, &cMainWindow::SelectedMixerTypeChanged);
@@ -173,74 +135,23 @@ void cMainWindow::CreateConnectionRadioGroups()
 
 void cMainWindow::CreateUI()
 {
-    setWindowIcon(QIcon(ICON_PATH));
+    setWindowIcon(QIcon(QStringLiteral(":/Images/Icon.svg")));
     CreateActions();
 
-    // Help stands above About on purpose: it is what a user looks for first.
-    trayIconMenu = new QMenu(this);
-    trayIconMenu->addAction(showPreferencesAction);
-    trayIconMenu->addAction(midiMonitorAction);
-    trayIconMenu->addSeparator();
-    trayIconMenu->addAction(stayConnectedAction);
-    trayIconMenu->addAction(startAtLoginAction);
-    trayIconMenu->addSeparator();
-    trayIconMenu->addAction(helpAction);
-    trayIconMenu->addAction(aboutAction);
-    trayIconMenu->addSeparator();
-    trayIconMenu->addAction(quitAction);
 
-    // The entry may be added, removed or switched off behind the program's
-    // back, by the session's own settings or by hand: the tick is read afresh
-    // each time.
-    startAtLoginAction->setChecked(cAutostartEntry::IsEnabled());
-    connect(trayIconMenu, &QMenu::aboutToShow, this,
-        [this]() { startAtLoginAction->setChecked(cAutostartEntry::IsEnabled()); });
-
-    trayIcon = new QSystemTrayIcon(this);
-    trayIcon->setContextMenu(trayIconMenu);
-    trayIcon->setIcon(QIcon(ICON_PATH));
-    trayIcon->setVisible(true);
-
-    AddActivityLamp(QStringLiteral("mMixerMIDIInActiveWidget"), &cMIDITranslatorConfiguration::MixerMIDIInputRead);
-    AddActivityLamp(QStringLiteral("mMixerMIDIOutActiveWidget"), &cMIDITranslatorConfiguration::MixerMIDIOutputWrite);
-    statusBar()->layout()->setContentsMargins(0, 0, 5, 0);
-
-    connect(trayIcon, &QSystemTrayIcon::activated, this, &cMainWindow::SystemTrayIconActivated);
     connect(ui->mConnectCheckBox, &QCheckBox::toggled, this, &cMainWindow::ConnectCheckBoxToggled);
     // Only the user's own clicks: the program unticks it in many flows.
-    connect(ui->mConnectCheckBox, &QCheckBox::clicked, this, [this](bool checked) { connectHeldOff = !checked; });
-}
-
-// A lamp at the right of the status bar that lights while the configuration
-// reports traffic through one of the mixer's ports.
-void cMainWindow::AddActivityLamp(const QString& name, void (cMIDITranslatorConfiguration::*traffic)())
-{
-    cMIDIActiveWidget* lamp = new cMIDIActiveWidget;
-    lamp->setObjectName(name);
-    lamp->setFixedSize(10, 10);
-    connect(translatorConfiguration, traffic, lamp, &cMIDIActiveWidget::MIDIActive);
-    statusBar()->addPermanentWidget(lamp);
+    connect(ui->mConnectCheckBox, &QCheckBox::clicked, connectionPolicy, &cTCPMIDIConnectionPolicy::ConnectClicked);
 }
 
 void cMainWindow::CreateActions()
 {
-    showPreferencesAction = new QAction(tr("&Show Preferences"), this);
-    connect(showPreferencesAction, &QAction::triggered, this, &cMainWindow::ShowPreferences);
-    midiMonitorAction = new QAction(tr("MIDI Monitor"), this);
-    connect(midiMonitorAction, &QAction::triggered, this, &cMainWindow::ShowMIDIMonitor);
-    // Set from the settings when the mixer type changes, which does not trigger it.
-    stayConnectedAction = new QAction(tr("Stay Connected"), this);
-    stayConnectedAction->setCheckable(true);
-    connect(stayConnectedAction, &QAction::triggered, this, &cMainWindow::StayConnectedToggled);
-    aboutAction = new QAction(tr("&About"), this);
-    connect(aboutAction, &QAction::triggered, this, &cMainWindow::ShowAboutMessageBox);
-    startAtLoginAction = new QAction(tr("Start at Login"), this);
-    startAtLoginAction->setCheckable(true);
-    connect(startAtLoginAction, &QAction::triggered, this, &cMainWindow::StartAtLoginTriggered);
-    helpAction = new QAction(tr("&Help"), this);
-    connect(helpAction, &QAction::triggered, this, &cMainWindow::OpenHelpManual);
-    quitAction = new QAction(tr("&Quit"), this);
-    connect(quitAction, &QAction::triggered, qApp, &QCoreApplication::quit);
+    trayMenu = new cTrayMenu(translatorConfiguration, this);
+    connect(trayMenu, &cTrayMenu::ShowPreferencesTriggered, this, &cMainWindow::ShowPreferences);
+    connect(trayMenu, &cTrayMenu::StayConnectedTriggered, this, &cMainWindow::StayConnectedToggled);
+    connect(trayMenu, &cTrayMenu::HelpTriggered, this, &cMainWindow::OpenHelpManual);
+    connect(trayMenu, &cTrayMenu::AboutTriggered, this, &cMainWindow::ShowAboutMessageBox);
+    connect(trayMenu, &cTrayMenu::Activated, this, &cMainWindow::SystemTrayIconActivated);
 }
 
 void cMainWindow::ShowPreferences()
@@ -249,17 +160,6 @@ void cMainWindow::ShowPreferences()
     showNormal();
     raise();
     activateWindow();
-}
-
-void cMainWindow::ShowMIDIMonitor()
-{
-    if (!midiMonitorWindow)
-    {
-        midiMonitorWindow = new cMIDIMonitorWindow(translatorConfiguration, this);
-    }
-    midiMonitorWindow->showNormal();
-    midiMonitorWindow->raise();
-    midiMonitorWindow->activateWindow();
 }
 
 void cMainWindow::SystemTrayIconActivated(QSystemTrayIcon::ActivationReason reason)
@@ -286,20 +186,6 @@ void cMainWindow::OpenHelpManual()
     QDesktopServices::openUrl(QUrl(QStringLiteral("file:///") + path));
 }
 
-void cMainWindow::StartAtLoginTriggered(bool checked)
-{
-    if (checked)
-    {
-        cAutostartEntry::Create();
-    }
-    else
-    {
-        cAutostartEntry::Remove();
-    }
-    // A failure has been reported; the tick shows what is really there.
-    startAtLoginAction->setChecked(cAutostartEntry::IsEnabled());
-}
-
 void cMainWindow::LoadSettings()
 {
     QString mixerType = QSettings().value(cSettingsKeys::GetMixerTypeKey()).toString();
@@ -324,8 +210,12 @@ void cMainWindow::SelectedMixerTypeChanged(int index)
     const QString mixerName = ui->mMixerTypeComboBox->itemText(index);
     QSettings().setValue(cSettingsKeys::GetMixerTypeKey(), mixerName);
     settingsKeys.SetMixerTypeString(mixerName);
-    stayConnectedAction->setChecked(QSettings().value(settingsKeys.GetTryConnectKey(), false).toBool());
-    customUnit.address = GetSavedUnitAddress();
+    const bool stayConnected = QSettings().value(settingsKeys.GetTryConnectKey(), false).toBool();
+    trayMenu->SetStayConnectedChecked(stayConnected);
+    connectionPolicy->SetStayConnected(stayConnected);
+    unitList->SetCustomUnitAddress(GetSavedUnitAddress());
+    connectionPolicy->SetSavedUnit(
+        QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString(), GetSavedUnitAddress());
 
     {
         const QSignalBlocker blocker(ui->mDAWTypeComboBox);
@@ -429,8 +319,9 @@ void cMainWindow::MixerConnectionModeToggled()
         QSettings().setValue(settingsKeys.GetMixerConnectionTypeKey(), MIDI_MODE_SETTING);
         tcpIPGroup->Hide();
         midiPortsGroup->Show();
+        connectionPolicy->SetInUse(false);
         ui->mConnectCheckBox->setChecked(false);
-        statusBar()->clearMessage();
+        statusBarView->ShowState(QString());
         RepopulateMixerMIDIInputComboBox();
         RepopulateMixerMIDIOutputComboBox();
         // The lists follow ports being plugged in and out while they are shown.
@@ -448,151 +339,72 @@ void cMainWindow::MixerConnectionModeToggled()
         QSettings().setValue(settingsKeys.GetMixerConnectionTypeKey(), TCP_MODE_SETTING);
         midiPortsGroup->Hide();
         tcpIPGroup->Show();
-        statusBar()->showMessage(tcpMIDIInputOutput->GetCurrentSocketStateDescription());
+        statusBarView->ShowState(tcpMIDIInputOutput->GetCurrentSocketStateDescription());
         registry->disconnect(this);
         translatorConfiguration->SetMixerInputPortName(QString::fromLatin1(TCP_MIDI_PORT_NAME));
         translatorConfiguration->SetMixerOutputPortName(QString::fromLatin1(TCP_MIDI_PORT_NAME));
-        connectToSavedUnitTimer->start();
+        connectionPolicy->SetInUse(true);
     }
 }
 
 void cMainWindow::RepopulateMixerMIDIInputComboBox()
 {
-    RepopulateMixerMIDIPortComboBox(ui->mMixerMIDIInComboBox,
-        translatorConfiguration->GetSystemMIDIConfiguration()->GetSystemMIDIInputNames(),
-        settingsKeys.GetMIDIInputPortKey(), &cMIDITranslatorConfiguration::SetMixerInputPortName);
+    mixerInputList->Repopulate(translatorConfiguration->GetSystemMIDIConfiguration()->GetSystemMIDIInputNames(),
+        settingsKeys.GetMIDIInputPortKey());
 }
 
 void cMainWindow::RepopulateMixerMIDIOutputComboBox()
 {
-    RepopulateMixerMIDIPortComboBox(ui->mMixerMIDIOutComboBox,
-        translatorConfiguration->GetSystemMIDIConfiguration()->GetSystemMIDIOutputNames(),
-        settingsKeys.GetMIDIOutputPortKey(), &cMIDITranslatorConfiguration::SetMixerOutputPortName);
-}
-
-void cMainWindow::RepopulateMixerMIDIPortComboBox(QComboBox* comboBox, QStringList portNames,
-    const QString& settingsKey, void (cMIDITranslatorConfiguration::*setPortName)(QString))
-{
-    portNames.sort(Qt::CaseSensitive);
-
-    // The saved port stays the configured one even while it is unplugged, so
-    // traffic resumes by itself when it comes back.
-    const QString savedPortName = QSettings().value(settingsKey).toString();
-    (translatorConfiguration->*setPortName)(savedPortName);
-
-    const QSignalBlocker blocker(comboBox);
-    comboBox->clear();
-    comboBox->addItem(NO_PORT_ENTRY);
-    for (const QString& portName : qAsConst(portNames))
-    {
-        comboBox->addItem(portName, portName);
-    }
-    if (savedPortName.isEmpty())
-    {
-        comboBox->setCurrentIndex(0);
-    }
-    else if (portNames.contains(savedPortName))
-    {
-        comboBox->setCurrentIndex(portNames.indexOf(savedPortName) + 1);
-    }
-    else
-    {
-        comboBox->addItem(OFFLINE_PORT_PREFIX + savedPortName);
-        comboBox->setCurrentIndex(comboBox->count() - 1);
-    }
+    mixerOutputList->Repopulate(translatorConfiguration->GetSystemMIDIConfiguration()->GetSystemMIDIOutputNames(),
+        settingsKeys.GetMIDIOutputPortKey());
 }
 
 void cMainWindow::MixerMIDIInputSelected(int index)
 {
-    MixerMIDIPortSelected(ui->mMixerMIDIInComboBox, index, settingsKeys.GetMIDIInputPortKey(),
-        &cMIDITranslatorConfiguration::SetMixerInputPortName);
+    mixerInputList->Select(index, settingsKeys.GetMIDIInputPortKey());
 }
 
 void cMainWindow::MixerMIDIOutputSelected(int index)
 {
-    MixerMIDIPortSelected(ui->mMixerMIDIOutComboBox, index, settingsKeys.GetMIDIOutputPortKey(),
-        &cMIDITranslatorConfiguration::SetMixerOutputPortName);
-}
-
-void cMainWindow::MixerMIDIPortSelected(QComboBox* comboBox, int index, const QString& settingsKey,
-    void (cMIDITranslatorConfiguration::*setPortName)(QString))
-{
-    // "-" clears the port; the offline entry carries no name and changes nothing.
-    const QString portName = comboBox->itemData(index).toString();
-    if (index == 0 || !portName.isEmpty())
-    {
-        (translatorConfiguration->*setPortName)(portName);
-        QSettings().setValue(settingsKey, portName);
-    }
+    mixerOutputList->Select(index, settingsKeys.GetMIDIOutputPortKey());
 }
 
 void cMainWindow::FoundUnitsChanged()
 {
     // While connected the list stays as it is, so the connected unit cannot
-    // vanish from under the user. While retrying too, so that the saved unit
-    // is still tried after it has stopped answering; only its answering again
-    // (perhaps from a new address) has it taken at once where it answers.
-    if (tcpMIDIInputOutput->IsConnected() || (tcpMIDIReconnector->IsKeeping() && !IsSavedUnitAnsweringAnew()))
+    // vanish from under the user; while retrying too, unless the saved unit
+    // answers anew, which has it taken at once where it answers.
+    const QList<sUnit> foundUnits = multiUnitFinder->GetFoundUnits();
+    if (tcpMIDIInputOutput->IsConnected() || connectionPolicy->HoldsUnitList(foundUnits))
     {
         return;
     }
-    {
-        const QSignalBlocker blocker(ui->mUnitComboBox);
-        ui->mUnitComboBox->clear();
-        ui->mUnitComboBox->addItem(customUnit.name, QVariant::fromValue(customUnit));
-        const QList<sUnit> foundUnits = multiUnitFinder->GetFoundUnits();
-        for (const sUnit& unit : foundUnits)
-        {
-            ui->mUnitComboBox->addItem(unit.name, QVariant::fromValue(unit));
-        }
-    }
+    unitList->Fill(foundUnits);
 
     const QString defaultUnitName = QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString();
-    if (defaultUnitName.isEmpty() && ui->mUnitComboBox->count() > 1)
+    if (defaultUnitName.isEmpty() && unitList->HasFoundUnits())
     {
-        const QSignalBlocker blocker(ui->mUnitComboBox);
-        ui->mUnitComboBox->setCurrentIndex(1);
+        unitList->Select(1);
         SelectedUnitChanged(1);
         return;
     }
     ForceSelectUnit(defaultUnitName, GetSavedUnitAddress());
-    connectToSavedUnitTimer->start();
-}
-
-bool cMainWindow::IsSavedUnitAnsweringAnew() const
-{
-    const QString savedName = QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString();
-    const QList<sUnit> foundUnits = multiUnitFinder->GetFoundUnits();
-    for (const sUnit& unit : foundUnits)
-    {
-        if (unit.name == savedName)
-        {
-            // An attempt under way at that address is left to finish.
-            return unit.address != tcpMIDIReconnector->GetAddress()
-                || tcpMIDIInputOutput->GetSocketState() == QAbstractSocket::UnconnectedState;
-        }
-    }
-    return false;
 }
 
 bool cMainWindow::TrySelectUnit(QString name)
 {
-    for (int index = 1; index < ui->mUnitComboBox->count(); ++index)
+    const int index = unitList->FindFoundUnit(name);
+    if (index < 0)
     {
-        const sUnit unit = ui->mUnitComboBox->itemData(index).value<sUnit>();
-        if (unit.name == name)
-        {
-            {
-                const QSignalBlocker blocker(ui->mUnitComboBox);
-                ui->mUnitComboBox->setCurrentIndex(index);
-            }
-            SelectedUnitChanged(index);
-            QSettings().setValue(settingsKeys.GetDefaultUnitIPAddressKey(), unit.address.toString());
-            SetCustomUnitAddress(unit.address);
-            return true;
-        }
+        return false;
     }
-    return false;
+    unitList->Select(index);
+    SelectedUnitChanged(index);
+    const QHostAddress address = unitList->GetUnit(index).address;
+    QSettings().setValue(settingsKeys.GetDefaultUnitIPAddressKey(), address.toString());
+    connectionPolicy->SetSavedUnit(name, address);
+    unitList->SetCustomUnitAddress(address);
+    return true;
 }
 
 void cMainWindow::ForceSelectUnit(QString name, QHostAddress address)
@@ -601,35 +413,19 @@ void cMainWindow::ForceSelectUnit(QString name, QHostAddress address)
     {
         return;
     }
-    {
-        const QSignalBlocker blocker(ui->mUnitComboBox);
-        ui->mUnitComboBox->setCurrentIndex(0);
-    }
+    unitList->Select(0);
     ui->mIPAddressEdit->setText(address.toString());
     SelectedUnitChanged(0);
 }
 
 void cMainWindow::SelectedUnitChanged(int index)
 {
-    const sUnit unit = ui->mUnitComboBox->itemData(index).value<sUnit>();
+    const sUnit unit = unitList->GetUnit(index);
     ui->mIPAddressEdit->setText(unit.address.toString());
-    ui->mIPAddressEdit->setEnabled(IsCustomUnit(unit));
+    ui->mIPAddressEdit->setEnabled(cUnitList::IsCustomUnit(unit));
     ui->mConnectCheckBox->setChecked(false);
-}
-
-void cMainWindow::SetCustomUnitAddress(const QHostAddress& address)
-{
-    // The list's first entry carries its own copy of the custom unit.
-    customUnit.address = address;
-    if (ui->mUnitComboBox->count() > 0)
-    {
-        ui->mUnitComboBox->setItemData(0, QVariant::fromValue(customUnit));
-    }
-}
-
-sUnit cMainWindow::GetSelectedUnit() const
-{
-    return ui->mUnitComboBox->currentData().value<sUnit>();
+    // The address may be the same text as before, which IPAddressChanged does not hear.
+    IPAddressChanged();
 }
 
 bool cMainWindow::IsIPAddressValid() const
@@ -642,16 +438,13 @@ bool cMainWindow::IsIPAddressValid() const
 void cMainWindow::IPAddressChanged()
 {
     ui->mConnectCheckBox->setEnabled(IsIPAddressValid());
-}
-
-QHostAddress cMainWindow::GetEnteredAddress() const
-{
-    return DottedDecimalAddress(ui->mIPAddressEdit->text());
+    const QHostAddress address = cIPAddressValidator::ToAddress(ui->mIPAddressEdit->text());
+    connectionPolicy->SetChosenUnit(unitList->GetSelectedUnit().name, IsIPAddressValid() ? address : QHostAddress());
 }
 
 QHostAddress cMainWindow::GetSavedUnitAddress() const
 {
-    return DottedDecimalAddress(
+    return cIPAddressValidator::ToAddress(
         QSettings().value(settingsKeys.GetDefaultUnitIPAddressKey(), DEFAULT_UNIT_IP_ADDRESS).toString());
 }
 
@@ -659,76 +452,48 @@ void cMainWindow::ConnectCheckBoxToggled(bool checked)
 {
     if (checked)
     {
-        const QHostAddress address = GetEnteredAddress();
-        tcpMIDIInputOutput->ConnectToHost(address);
-        QSettings().setValue(settingsKeys.GetDefaultUnitNameKey(), GetSelectedUnit().name);
+        const QHostAddress address = cIPAddressValidator::ToAddress(ui->mIPAddressEdit->text());
+        connectionPolicy->Connect(unitList->GetSelectedUnit().name, address);
+        QSettings().setValue(settingsKeys.GetDefaultUnitNameKey(), unitList->GetSelectedUnit().name);
         // In the form connected to: the field's text may hold leading zeros.
         QSettings().setValue(settingsKeys.GetDefaultUnitIPAddressKey(), address.toString());
-        SetCustomUnitAddress(address);
+        unitList->SetCustomUnitAddress(address);
         translatorConfiguration->SetTCPMIDIInputOutput(tcpMIDIInputOutput);
-        if (stayConnectedAction->isChecked())
-        {
-            tcpMIDIReconnector->Keep(address);
-        }
     }
     else
     {
-        tcpMIDIReconnector->Release();
         translatorConfiguration->SetTCPMIDIInputOutput(nullptr);
-        tcpMIDIInputOutput->DisconnectFromHost();
+        connectionPolicy->Disconnect();
     }
     ui->mUnitComboBox->setEnabled(!checked);
-    ui->mIPAddressEdit->setEnabled(!checked && IsCustomUnit(GetSelectedUnit()));
+    ui->mIPAddressEdit->setEnabled(!checked && cUnitList::IsCustomUnit(unitList->GetSelectedUnit()));
 }
 
 void cMainWindow::TCPMIDIConnectionStateStringChanged(QString text)
 {
     if (ui->mTCPIPRadioButton->isChecked())
     {
-        statusBar()->showMessage(text);
+        statusBarView->ShowState(text);
     }
 }
 
-void cMainWindow::TCPMIDIRetryScheduled(int delayMs)
+void cMainWindow::ShowConnectionState()
 {
-    TCPMIDIConnectionStateStringChanged(tr("%1, next try in %2 s")
-        .arg(tcpMIDIInputOutput->GetCurrentSocketStateDescription())
-        .arg(delayMs / 1000.0));
+    if (connectionPolicy->GetState() == cTCPMIDIConnectionPolicy::eState::Retrying
+        && ui->mTCPIPRadioButton->isChecked())
+    {
+        statusBarView->ShowRetry(
+            tcpMIDIInputOutput->GetCurrentSocketStateDescription(), connectionPolicy->GetRetryDelayMs());
+    }
 }
 
 void cMainWindow::StayConnectedToggled(bool checked)
 {
     QSettings().setValue(settingsKeys.GetTryConnectKey(), checked);
+    connectionPolicy->StayConnectedChosen(checked);
     if (!checked)
     {
-        tcpMIDIReconnector->Release();
         // No next try to announce any more.
         TCPMIDIConnectionStateStringChanged(tcpMIDIInputOutput->GetCurrentSocketStateDescription());
-        return;
-    }
-    connectHeldOff = false;
-    if (ui->mConnectCheckBox->isChecked())
-    {
-        tcpMIDIReconnector->Keep(GetEnteredAddress());
-    }
-    else
-    {
-        connectToSavedUnitTimer->start();
-    }
-}
-
-void cMainWindow::ConnectToSavedUnitIfWanted()
-{
-    if (!stayConnectedAction->isChecked() || connectHeldOff || !ui->mTCPIPRadioButton->isChecked()
-        || ui->mConnectCheckBox->isChecked() || !ui->mConnectCheckBox->isEnabled())
-    {
-        return;
-    }
-    // The saved unit: found again under its saved name, or the custom entry,
-    // at the saved address either way.
-    const QString savedName = QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString();
-    if (!savedName.isEmpty() && GetSelectedUnit().name == savedName && GetEnteredAddress() == GetSavedUnitAddress())
-    {
-        ui->mConnectCheckBox->setChecked(true);
     }
 }

@@ -3,31 +3,32 @@
 
 #include "Application/SettingsKeys.h"
 #include "MIDITranslator/MixerDawMap.h"
-#include "Network/Unit.h"
 
 #include <QHostAddress>
 #include <QMainWindow>
 #include <QString>
 #include <QSystemTrayIcon>
 
-class QAction;
-class QComboBox;
-class QMenu;
-class QTimer;
+#include <memory>
+
 class Ui_MainWindow;
-class cMIDIMonitorWindow;
+class cMixerPortList;
 class cMIDITranslatorConfiguration;
 class cMultiUnitFinder;
+class cStatusBarView;
 class cSystemMIDIConfiguration;
+class cTCPMIDIConnectionPolicy;
 class cTCPMIDIInptOutput;
-class cTCPMIDIReconnector;
+class cTrayMenu;
+class cUnitList;
 class cWidgetGroup;
 
 // The preferences window and the application's controller in one: it turns
 // the user's choices (mixer type, protocol, MIDI channel, connection mode,
-// ports, unit) into a loaded rule file and a route to the mixer, keeps every
-// choice in the settings store the moment it is made, and owns the tray icon
-// that is the program's only permanent face.
+// ports, unit) into a loaded rule file and a route to the mixer, and keeps
+// every choice in the settings store the moment it is made. When the link to
+// the mixer is up and tried again is the connection policy's to decide; the
+// window shows its state and passes the user's choices on to it.
 class cMainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -39,10 +40,8 @@ public:
 
 public slots:
     void ShowPreferences();
-    void ShowMIDIMonitor();
     void ShowAboutMessageBox();
     void OpenHelpManual();
-    void StartAtLoginTriggered(bool checked);
     void SystemTrayIconActivated(QSystemTrayIcon::ActivationReason reason);
 
     void SelectedMixerTypeChanged(int index);
@@ -58,16 +57,13 @@ public slots:
     void MixerMIDIInputSelected(int index);
     void MixerMIDIOutputSelected(int index);
     void TCPMIDIConnectionStateStringChanged(QString text);
-    void TCPMIDIRetryScheduled(int delayMs);
     void StayConnectedToggled(bool checked);
-    void ConnectToSavedUnitIfWanted();
 
 private:
     void CreateMixerTypeComboBox();
     void CreateMIDIChannelComboBox();
     void CreateConnectionRadioGroups();
     void CreateUI();
-    void AddActivityLamp(const QString& name, void (cMIDITranslatorConfiguration::*traffic)());
     void CreateActions();
     void LoadSettings();
     void LoadDAWSetting();
@@ -78,45 +74,23 @@ private:
     bool TrySelectUnit(QString name);
     void ForceSelectUnit(QString name, QHostAddress address);
 
-    // The input and output port lists are filled and chosen from alike.
-    void RepopulateMixerMIDIPortComboBox(QComboBox* comboBox, QStringList portNames, const QString& settingsKey,
-        void (cMIDITranslatorConfiguration::*setPortName)(QString));
-    void MixerMIDIPortSelected(QComboBox* comboBox, int index, const QString& settingsKey,
-        void (cMIDITranslatorConfiguration::*setPortName)(QString));
-    void SetCustomUnitAddress(const QHostAddress& address);
-    sUnit GetSelectedUnit() const;
-    QHostAddress GetEnteredAddress() const;
     QHostAddress GetSavedUnitAddress() const;
-    bool IsSavedUnitAnsweringAnew() const;
+    void ShowConnectionState();
 
     Ui_MainWindow* ui;
     cWidgetGroup* midiPortsGroup;
     cWidgetGroup* tcpIPGroup;
-    sUnit customUnit;
+    std::unique_ptr<cUnitList> unitList;
     cSettingsKeys settingsKeys;
     cMixerDawMap mixerDawMap;
     cMIDITranslatorConfiguration* translatorConfiguration = nullptr;
+    std::unique_ptr<cMixerPortList> mixerInputList;
+    std::unique_ptr<cMixerPortList> mixerOutputList;
     cTCPMIDIInptOutput* tcpMIDIInputOutput = nullptr;
-    cTCPMIDIReconnector* tcpMIDIReconnector = nullptr;
-    // Runs ConnectToSavedUnitIfWanted once the flows that may untick Connect
-    // or select the saved unit have settled, however many of them ran.
-    QTimer* connectToSavedUnitTimer = nullptr;
-    // The user unticked Connect: Stay Connected waits until the user ticks it
-    // again or turns the option back on.
-    bool connectHeldOff = false;
+    cTCPMIDIConnectionPolicy* connectionPolicy = nullptr;
     cMultiUnitFinder* multiUnitFinder = nullptr;
-
-    QAction* showPreferencesAction = nullptr;
-    QAction* midiMonitorAction = nullptr;
-    QAction* stayConnectedAction = nullptr;
-    QAction* aboutAction = nullptr;
-    QAction* startAtLoginAction = nullptr;
-    QAction* helpAction = nullptr;
-    QAction* quitAction = nullptr;
-    QMenu* trayIconMenu = nullptr;
-    QSystemTrayIcon* trayIcon = nullptr;
-    // Made when first asked for; most shows never open it.
-    cMIDIMonitorWindow* midiMonitorWindow = nullptr;
+    cTrayMenu* trayMenu = nullptr;
+    cStatusBarView* statusBarView = nullptr;
 };
 
 #endif

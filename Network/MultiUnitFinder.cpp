@@ -77,6 +77,19 @@ void cMultiUnitFinder::StopFindingAllUnits()
     }
 }
 
+QString cMultiUnitFinder::GetFindStringForMixer(const QString& mixerName)
+{
+    if (mixerName.contains(QStringLiteral("Tx")))
+    {
+        return QStringLiteral("TX Find");
+    }
+    if (mixerName.contains(QStringLiteral("KVR")))
+    {
+        return QStringLiteral("KVR Find");
+    }
+    return QString();
+}
+
 QList<sUnit> cMultiUnitFinder::GetFoundUnits() const
 {
     return foundUnits;

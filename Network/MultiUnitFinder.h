@@ -28,6 +28,10 @@ public:
     // Every unit is reported lost, the last found first.
     void StopFindingAllUnits();
 
+    // The find string that a mixer's family answers to, from its type name:
+    // "TX Find" for the Tx consoles, "KVR Find" for the KVR ones, else none.
+    static QString GetFindStringForMixer(const QString& mixerName);
+
     QList<sUnit> GetFoundUnits() const;
     QList<sUnit> GetFoundUnitsOfFindString(QString findString) const;
 

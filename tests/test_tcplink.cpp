@@ -1,14 +1,11 @@
-// The TCP MIDI link against mixer-sim on a loopback address of its own, and
-// the reconnector that keeps it up.
+// The TCP MIDI link against mixer-sim on a loopback address of its own.
 
 #include "Network/TCPMIDIInptOutput.h"
-#include "Network/TCPMIDIReconnector.h"
 
 #include "support/MixerSimProcess.h"
 #include "support/TestHelpers.h"
 
 #include <QSignalSpy>
-#include <QTcpServer>
 #include <QTest>
 
 #include <csignal>
@@ -16,8 +13,6 @@
 namespace
 {
 const QString SIM_ADDRESS = QStringLiteral("127.0.0.21");
-// Nothing listens here, until the reconnector's test opens it.
-const QString CLOSED_ADDRESS = QStringLiteral("127.0.0.29");
 
 // Waits until the link has said text, the last thing said so far.
 bool WaitForLastText(QSignalSpy& spy, const QString& text)
@@ -145,29 +140,6 @@ private slots:
         QByteArray bytes("\xB0\x01\x02", 3);
         link.WriteMIDIData(bytes);
         QVERIFY(sim.WaitForLine(QStringLiteral(" in  B0 01 02$")));
-    }
-
-    // The real waits, twenty times shorter.
-    void ReconnectorBacksOffUntilAConnectionHolds()
-    {
-        cTCPMIDIInptOutput link;
-        cTCPMIDIReconnector reconnector(&link, nullptr, 20);
-        QSignalSpy retries(&reconnector, &cTCPMIDIReconnector::RetryScheduled);
-        const QHostAddress address(CLOSED_ADDRESS);
-        link.ConnectToHost(address);
-        reconnector.Keep(address);
-        QTRY_COMPARE_WITH_TIMEOUT(retries.count(), 6, 10000);
-        QCOMPARE(static_cast<QList<QVariantList>>(retries),
-            QList<QVariantList>({{500}, {1000}, {2000}, {4000}, {8000}, {8000}}));
-
-        // A connection that held longer than the longest wait starts them afresh.
-        QTcpServer mixer;
-        QVERIFY(mixer.listen(address, cTCPMIDIInptOutput::MIXER_MIDI_PORT));
-        QTRY_VERIFY_WITH_TIMEOUT(link.IsConnected(), 5000);
-        QTest::qWait(8000 / 20 + 200);
-        delete mixer.nextPendingConnection();
-        QTRY_COMPARE(retries.count(), 7);
-        QCOMPARE(retries.last().at(0).toInt(), 500);
     }
 
     // mixer-sim greets and echoes when asked to, and leaves normally on a

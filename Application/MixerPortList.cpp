@@ -1,0 +1,61 @@
+#include "Application/MixerPortList.h"
+
+#include "MIDITranslator/MIDITranslatorConfiguration.h"
+
+#include <QComboBox>
+#include <QSettings>
+#include <QSignalBlocker>
+
+namespace
+{
+const QString NO_PORT_ENTRY = QStringLiteral("-");
+const QString OFFLINE_PORT_PREFIX = QStringLiteral("(Offline) ");
+}
+
+cMixerPortList::cMixerPortList(
+    QComboBox* comboBox, cMIDITranslatorConfiguration* configuration, tSetPortName setPortName)
+    : comboBox(comboBox), configuration(configuration), setPortName(setPortName)
+{
+}
+
+void cMixerPortList::Repopulate(QStringList portNames, const QString& settingsKey)
+{
+    portNames.sort(Qt::CaseSensitive);
+
+    // The saved port stays the configured one even while it is unplugged, so
+    // traffic resumes by itself when it comes back.
+    const QString savedPortName = QSettings().value(settingsKey).toString();
+    (configuration->*setPortName)(savedPortName);
+
+    const QSignalBlocker blocker(comboBox);
+    comboBox->clear();
+    comboBox->addItem(NO_PORT_ENTRY);
+    for (const QString& portName : qAsConst(portNames))
+    {
+        comboBox->addItem(portName, portName);
+    }
+    if (savedPortName.isEmpty())
+    {
+        comboBox->setCurrentIndex(0);
+    }
+    else if (portNames.contains(savedPortName))
+    {
+        comboBox->setCurrentIndex(portNames.indexOf(savedPortName) + 1);
+    }
+    else
+    {
+        comboBox->addItem(OFFLINE_PORT_PREFIX + savedPortName);
+        comboBox->setCurrentIndex(comboBox->count() - 1);
+    }
+}
+
+void cMixerPortList::Select(int index, const QString& settingsKey)
+{
+    // "-" clears the port; the offline entry carries no name and changes nothing.
+    const QString portName = comboBox->itemData(index).toString();
+    if (index == 0 || !portName.isEmpty())
+    {
+        (configuration->*setPortName)(portName);
+        QSettings().setValue(settingsKey, portName);
+    }
+}

@@ -1,0 +1,86 @@
+#include "Application/TrayMenu.h"
+
+#include "Application/AutostartEntry.h"
+#include "Application/MIDIMonitorWindow.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QIcon>
+#include <QMenu>
+#include <QWidget>
+
+namespace
+{
+const QString ICON_PATH = QStringLiteral(":/Images/Icon.svg");
+}
+
+cTrayMenu::cTrayMenu(cMIDITranslatorConfiguration* configuration, QWidget* window)
+    : QObject(window), configuration(configuration), window(window)
+{
+    menu = new QMenu(window);
+    AddAction(tr("&Show Preferences"), &cTrayMenu::ShowPreferencesTriggered);
+    AddAction(tr("MIDI Monitor"), &cTrayMenu::ShowMIDIMonitor);
+    menu->addSeparator();
+    // Set from the settings when the mixer type changes, which does not trigger it.
+    stayConnectedAction = menu->addAction(tr("Stay Connected"));
+    stayConnectedAction->setCheckable(true);
+    connect(stayConnectedAction, &QAction::triggered, this, &cTrayMenu::StayConnectedTriggered);
+    startAtLoginAction = menu->addAction(tr("Start at Login"));
+    startAtLoginAction->setCheckable(true);
+    connect(startAtLoginAction, &QAction::triggered, this, &cTrayMenu::StartAtLoginTriggered);
+    menu->addSeparator();
+    // Help stands above About on purpose: it is what a user looks for first.
+    AddAction(tr("&Help"), &cTrayMenu::HelpTriggered);
+    AddAction(tr("&About"), &cTrayMenu::AboutTriggered);
+    menu->addSeparator();
+    QAction* quitAction = menu->addAction(tr("&Quit"));
+    connect(quitAction, &QAction::triggered, qApp, &QCoreApplication::quit);
+
+    // The entry may be added, removed or switched off behind the program's
+    // back, by the session's own settings or by hand: the tick is read afresh
+    // each time.
+    startAtLoginAction->setChecked(cAutostartEntry::IsEnabled());
+    connect(menu, &QMenu::aboutToShow, this,
+        [this]() { startAtLoginAction->setChecked(cAutostartEntry::IsEnabled()); });
+
+    trayIcon = new QSystemTrayIcon(this);
+    trayIcon->setContextMenu(menu);
+    trayIcon->setIcon(QIcon(ICON_PATH));
+    trayIcon->setVisible(true);
+    connect(trayIcon, &QSystemTrayIcon::activated, this, &cTrayMenu::Activated);
+}
+
+void cTrayMenu::AddAction(const QString& text, void (cTrayMenu::*triggered)())
+{
+    connect(menu->addAction(text), &QAction::triggered, this, triggered);
+}
+
+void cTrayMenu::SetStayConnectedChecked(bool checked)
+{
+    stayConnectedAction->setChecked(checked);
+}
+
+void cTrayMenu::ShowMIDIMonitor()
+{
+    if (!midiMonitorWindow)
+    {
+        midiMonitorWindow = new cMIDIMonitorWindow(configuration, window);
+    }
+    midiMonitorWindow->showNormal();
+    midiMonitorWindow->raise();
+    midiMonitorWindow->activateWindow();
+}
+
+void cTrayMenu::StartAtLoginTriggered(bool checked)
+{
+    if (checked)
+    {
+        cAutostartEntry::Create();
+    }
+    else
+    {
+        cAutostartEntry::Remove();
+    }
+    // A failure has been reported; the tick shows what is really there.
+    startAtLoginAction->setChecked(cAutostartEntry::IsEnabled());
+}
