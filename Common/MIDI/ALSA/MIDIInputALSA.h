@@ -1,13 +1,13 @@
 #ifndef MIDIINPUTALSA_H
 #define MIDIINPUTALSA_H
 
-#include "Common/MIDI/ALSA/MIDIReceiverALSA.h"
+#include "Common/MIDI/ALSA/ReceivingPortALSA.h"
 #include "Common/MIDI/ALSA/SequencerPortALSA.h"
 #include "Common/MIDI/MIDIInput.h"
 
 // Another client's port opened for reading: a hidden port of ours subscribed
 // to it. The subscription ends when either port goes.
-class cMIDIInputALSA : public cMIDIReceiverALSA<cMIDIInput>
+class cMIDIInputALSA : public cReceivingPortALSA<cMIDIInput>
 {
     Q_OBJECT
 public:

@@ -3,7 +3,7 @@
 #include <alsa/asoundlib.h>
 
 cVirtualMIDIInputOutputALSA::cVirtualMIDIInputOutputALSA(QString name, QObject* parent)
-    : cMIDIReceiverALSA<cMIDIInputOutput>(parent),
+    : cReceivingPortALSA<cMIDIInputOutput>(parent),
       name(name),
       port(name,
           SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE

@@ -1,7 +1,7 @@
 #ifndef VIRTUALMIDIINPUTOUTPUTALSA_H
 #define VIRTUALMIDIINPUTOUTPUTALSA_H
 
-#include "Common/MIDI/ALSA/MIDIReceiverALSA.h"
+#include "Common/MIDI/ALSA/ReceivingPortALSA.h"
 #include "Common/MIDI/ALSA/SequencerPortALSA.h"
 #include "Common/MIDI/MIDIInputOutput.h"
 
@@ -9,7 +9,7 @@
 // name the rule file gives, that other clients can both read from and write
 // to. What the DAW writes arrives here; what we write goes to every client
 // subscribed to the port.
-class cVirtualMIDIInputOutputALSA : public cMIDIReceiverALSA<cMIDIInputOutput>
+class cVirtualMIDIInputOutputALSA : public cReceivingPortALSA<cMIDIInputOutput>
 {
     Q_OBJECT
 public:
