@@ -178,9 +178,9 @@ QString cMIDIMonitorModel::GetCellText(const sRow& row, int column) const
         return row.alias.isEmpty() || row.alias == row.port ? row.port
                                                              : QStringLiteral("%1 (%2)").arg(row.port, row.alias);
     case BYTES_COLUMN:
-        return HexText::Format(row.bytes);
+        return cHexText::Format(row.bytes);
     case MESSAGE_COLUMN:
-        return DescribeMIDIMessages(row.bytes);
+        return cMIDIMessageDescription::Describe(row.bytes);
     default:
         return row.outgoing || !row.rule.isEmpty() ? row.rule : NO_RULE_TEXT;
     }

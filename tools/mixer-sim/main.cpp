@@ -52,7 +52,7 @@ public:
         Line(QStringLiteral("%1 %2 %3")
                  .arg(clock.nsecsElapsed() / 1e9, 0, 'f', 6)
                  .arg(QString::fromLatin1(direction), -3)
-                 .arg(HexText::Format(bytes)));
+                 .arg(cHexText::Format(bytes)));
     }
 
     static void Error(const QString& text)
@@ -85,7 +85,7 @@ bool ReadHexFile(const QString& path, QByteArray& bytes, QString& errorText)
         {
             continue;
         }
-        if (!HexText::Parse(line, lineBytes))
+        if (!cHexText::Parse(line, lineBytes))
         {
             errorText = QStringLiteral("%1:%2: not MIDI in hex: %3").arg(path).arg(lineNumber).arg(line);
             return false;
@@ -132,7 +132,7 @@ int main(int argc, char* argv[])
         return 2;
     }
     QByteArray answer = parser.value(nameOption).toLatin1();
-    if (parser.isSet(answerOption) && !HexText::Parse(parser.value(answerOption), answer))
+    if (parser.isSet(answerOption) && !cHexText::Parse(parser.value(answerOption), answer))
     {
         cPrinter::Error(QStringLiteral("--answer-hex is not hex: %1").arg(parser.value(answerOption)));
         return 2;
@@ -193,13 +193,13 @@ int main(int argc, char* argv[])
         {
             server.ClosePeer();
         }
-        else if (!HexText::Parse(line, bytes))
+        else if (!cHexText::Parse(line, bytes))
         {
             cPrinter::Error(QStringLiteral("not MIDI in hex: %1").arg(line));
         }
         else if (!server.Send(bytes))
         {
-            printer.Line(QStringLiteral("dropped %1 (no peer)").arg(HexText::Format(bytes)));
+            printer.Line(QStringLiteral("dropped %1 (no peer)").arg(cHexText::Format(bytes)));
         }
     });
     QObject::connect(&console, &cConsoleInput::EndOfInput, &application, &QCoreApplication::quit);

@@ -44,7 +44,7 @@ public:
 
     void MIDIMessageWritten(const QString&, const QByteArray& message) override
     {
-        std::cout << '\t' << qPrintable(DescribeMIDIMessages(message)) << '\t' << qPrintable(ruleText) << std::endl;
+        std::cout << '\t' << qPrintable(cMIDIMessageDescription::Describe(message)) << '\t' << qPrintable(ruleText) << std::endl;
     }
 
 private:
@@ -62,7 +62,7 @@ QList<cMIDIInputOutputMemory*> OpenOutgoingPorts(const cMIDITranslatorConfigurat
     {
         cMIDIInputOutputMemory* output = ports.GetOrAddMemoryInputOutput(name);
         QObject::connect(output, &cMIDIInputOutputMemory::MIDIWritten, [name](QByteArray data) {
-            std::cout << qPrintable(name) << '\t' << qPrintable(HexText::Format(data)) << std::endl;
+            std::cout << qPrintable(name) << '\t' << qPrintable(cHexText::Format(data)) << std::endl;
         });
         outputs.append(output);
     }

@@ -20,10 +20,12 @@ public:
     bool ConnectFrom(sPortAddressALSA source);
     bool ConnectTo(sPortAddressALSA destination);
 
-    // A kernel that refuses our MIDI tends to refuse every message of a burst
-    // (a device whose output buffer is full, a client that has stopped
-    // reading): the first refusal is reported, naming "to", and the rest are
-    // not until a send has got through again.
+    // The kernel refuses MIDI for a client that has stopped reading (its
+    // queue is full) and goes on refusing every message of the burst: the
+    // first refusal is reported, naming "to", and the rest are not until a
+    // send has got through again. A device whose own output buffer is full is
+    // not told apart: its kernel port takes the event, reports success and
+    // drops what does not fit.
     void Send(sPortAddressALSA destination, const QByteArray& bytes, const QString& to);
 
 private:

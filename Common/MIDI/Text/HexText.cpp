@@ -3,7 +3,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
-bool HexText::Parse(const QString& text, QByteArray& bytes)
+bool cHexText::Parse(const QString& text, QByteArray& bytes)
 {
     static const QRegularExpression hexDigits(QStringLiteral("^[0-9A-Fa-f]+$"));
     QByteArray parsed;
@@ -20,7 +20,7 @@ bool HexText::Parse(const QString& text, QByteArray& bytes)
     return true;
 }
 
-QString HexText::Format(const QByteArray& bytes)
+QString cHexText::Format(const QByteArray& bytes)
 {
     return QString::fromLatin1(bytes.toHex(' ').toUpper());
 }

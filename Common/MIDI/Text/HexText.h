@@ -5,13 +5,14 @@
 #include <QString>
 
 // MIDI bytes as people write them: "B0 07 7F" or "b0077f".
-namespace HexText
+class cHexText
 {
-// Reads whitespace-separated groups of hex digit pairs; false (and bytes
-// untouched) when anything else is in the text.
-bool Parse(const QString& text, QByteArray& bytes);
-// Upper-case pairs separated by single spaces.
-QString Format(const QByteArray& bytes);
-}
+public:
+    // Reads whitespace-separated groups of hex digit pairs; false (and bytes
+    // untouched) when anything else is in the text.
+    static bool Parse(const QString& text, QByteArray& bytes);
+    // Upper-case pairs separated by single spaces.
+    static QString Format(const QByteArray& bytes);
+};
 
 #endif

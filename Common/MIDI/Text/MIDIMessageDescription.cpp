@@ -108,7 +108,7 @@ QString DescribeMessage(QByteArray message, unsigned char& runningStatus)
 }
 }
 
-QString DescribeMIDIMessages(const QByteArray& bytes)
+QString cMIDIMessageDescription::Describe(const QByteArray& bytes)
 {
     cMIDIMessageSplitter splitter;
     QList<QByteArray> messages = splitter.Feed(bytes);

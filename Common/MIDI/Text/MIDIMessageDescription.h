@@ -9,6 +9,10 @@
 // holding several messages (a rule may write an NRPN sequence at once) are
 // described message by message, separated by "; ". Numbers are decimal and
 // channels count from 1, as a mixer's or a DAW's manual writes them.
-QString DescribeMIDIMessages(const QByteArray& bytes);
+class cMIDIMessageDescription
+{
+public:
+    static QString Describe(const QByteArray& bytes);
+};
 
 #endif
