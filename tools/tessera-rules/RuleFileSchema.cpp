@@ -3,6 +3,7 @@
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "MIDITranslator/MIDITranslatorRule.h"
 #include "tools/tessera-rules/NameSuggestion.h"
+#include "tools/tessera-rules/RuleStringProblem.h"
 
 #include <QJsonDocument>
 #include <QRegularExpression>
@@ -173,47 +174,6 @@ bool IsByte(const QJsonValue& number)
 {
     const double value = number.toDouble();
     return value >= 0 && value <= 255 && value == static_cast<int>(value);
-}
-
-QString DescribeMalformedToken(const QString& token)
-{
-    static const QRegularExpression allowed(QStringLiteral("[A-Za-z0-9*]"));
-    static const QRegularExpression variableLetter(QStringLiteral("^[G-Zg-z]$"));
-    for (const QChar character : token)
-    {
-        if (!allowed.match(character).hasMatch())
-        {
-            const QString what = character == QLatin1Char('\t') ? QStringLiteral("a tab") : Quoted(character);
-            return QStringLiteral("%1 holds %2, which no token may; separate the bytes with single spaces")
-                .arg(Quoted(token), what);
-        }
-    }
-    for (int position = 0; position < token.size(); ++position)
-    {
-        if (token.at(position) == QLatin1Char('*') && !variableLetter.match(token.mid(position + 1, 1)).hasMatch())
-        {
-            return QStringLiteral("in %1, \"*\" must be followed by the letter of a variable, g to z or G to Z "
-                                  "(a to f are hexadecimal digits)")
-                .arg(Quoted(token));
-        }
-    }
-    return QStringLiteral("%1 is more than one byte; write each byte as two characters and separate the bytes with "
-                          "spaces")
-        .arg(Quoted(token));
-}
-
-QString LettersOf(const QStringList& letters, const QString& mark = QString())
-{
-    if (letters.isEmpty())
-    {
-        return QStringLiteral("none");
-    }
-    QStringList marked;
-    for (const QString& letter : letters)
-    {
-        marked.append(mark + letter);
-    }
-    return marked.join(QStringLiteral(", "));
 }
 }
 
@@ -408,6 +368,10 @@ void cRuleFileSchema::CheckVariableValues(const QJsonObject& variable, const sRu
 
 void cRuleFileSchema::CheckRules(const QJsonArray& array, const QList<cMIDITranslatorVariable>& variables)
 {
+    for (const cMIDITranslatorVariable& variable : variables)
+    {
+        variableLetters.append(variable.GetVariableName());
+    }
     for (int index = 0; index < array.size(); ++index)
     {
         const QJsonValue element = array.at(index);
@@ -461,51 +425,8 @@ QStringList cRuleFileSchema::FindRuleProblems(const QJsonObject& rule, const QLi
                 incoming ? cMIDITranslatorRule::FindIncomingMIDIStringProblem(midi.toString(), variables, localVariables)
                          : cMIDITranslatorRule::FindOutgoingMIDIStringProblem(midi.toString(), variables, localVariables);
             incomingIsValid = incomingIsValid || (incoming && problem.kind == sProblem::NO_PROBLEM);
-            QString text;
-            const QString token = Quoted(problem.token);
-            const QString letter = problem.variableName;
-            switch (problem.kind)
-            {
-            case sProblem::NO_PROBLEM:
-                break;
-            case sProblem::MALFORMED_TOKEN:
-                text = DescribeMalformedToken(problem.token);
-                break;
-            case sProblem::UNKNOWN_GLOBAL:
-            {
-                QStringList letters;
-                for (const cMIDITranslatorVariable& variable : variables)
-                {
-                    letters.append(variable.GetVariableName());
-                }
-                const QString suggestion = SuggestName(letter, letters);
-                text = QStringLiteral("%1 refers to \"*%2\", but the file has no variable %3")
-                           .arg(token, letter, Quoted(letter));
-                if (leftOutVariables.contains(letter))
-                {
-                    text += QStringLiteral(" (%1 is left out)").arg(leftOutVariables.value(letter));
-                }
-                else if (!suggestion.isEmpty())
-                {
-                    text += QStringLiteral("; did you mean \"*%1\"?").arg(suggestion);
-                }
-                else
-                {
-                    text += QStringLiteral(" (its variables: %1)").arg(LettersOf(letters, QStringLiteral("*")));
-                }
-                break;
-            }
-            case sProblem::LOCAL_CAPTURED_TWICE:
-                text = QStringLiteral("the local variable %1 is captured a second time, in %2; an incoming string "
-                                      "captures each once (\"x\" and \"X\" are the same)")
-                           .arg(Quoted(letter), token);
-                break;
-            case sProblem::LOCAL_NOT_CAPTURED:
-                text = QStringLiteral("the local variable %1 (in %2) is not captured by the incoming midi, which "
-                                      "captures %3")
-                           .arg(Quoted(letter), token, LettersOf(localVariables));
-                break;
-            }
+            const QString text = DescribeMIDIStringProblem(problem, variableLetters, localVariables,
+                                                           leftOutVariables.value(problem.variableName));
             if (!text.isEmpty())
             {
                 problems.append(QStringLiteral("%1 midi %2: %3").arg(side, Quoted(midi.toString()), text));

@@ -43,6 +43,8 @@ private:
     QStringList virtualPorts;
     QStringList inputAliases;
     QStringList outputAliases;
+    // Letters of the variables rules may refer to.
+    QStringList variableLetters;
     // Letters of variables that loading leaves out, and where they are.
     QHash<QString, QString> leftOutVariables;
     QHash<int, QStringList> variableProblems;
