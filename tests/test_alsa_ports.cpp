@@ -185,7 +185,8 @@ private slots:
             QCOMPARE(query.size(), 18);
             QCOMPARE(query.left(6), QByteArray::fromHex(header + "01"));
             daw.Send(port, ours, QByteArray::fromHex(header + "02") + query.mid(6, 7) + Hex("7F00356AF7"));
-            QCOMPARE(daw.Receive(14).toHex(' '), (QByteArray::fromHex(header + "03") + query.mid(6, 7) + Hex("F7")).toHex(' '));
+            const QByteArray confirmation = QByteArray::fromHex(header + "03") + query.mid(6, 7) + Hex("F7");
+            QCOMPARE(daw.Receive(14).toHex(' '), confirmation.toHex(' '));
         }
     }
 };

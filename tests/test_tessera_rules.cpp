@@ -57,7 +57,8 @@ private slots:
                                               "0 rules and 0 variables rejected; 0 warnings\n"};
         // Line 3 reads `    "rules": [ {"name" "Fader"} ]`: the parser stops
         // just past the quote that opens "Fader", where the colon belongs.
-        QTest::newRow("syntax error") << "syntax_error.json" << 1 << 0 << QStringList{"syntax_error.json:3:25: JSON syntax error: "};
+        QTest::newRow("syntax error") << "syntax_error.json" << 1 << 0
+                                      << QStringList{"syntax_error.json:3:25: JSON syntax error: "};
         QTest::newRow("top-level key") << "rule_key.json" << 1 << 1
                                        << QStringList{"top level: warning: unknown key \"rule\"", "did you mean \"rules\"?"};
         QTest::newRow("rule member") << "misspelt_member.json" << 1 << 2
@@ -67,7 +68,8 @@ private slots:
                                << QStringList{"\"Mixer Inn\"", "did you mean \"Mixer In\"?", "\"My Surfce\"",
                                               "did you mean \"My Surface\"?"};
         QTest::newRow("text for a list") << "virtual_ports_text.json" << 1 << 1
-                                         << QStringList{"\"virtual_ports\" is the text \"My Surface\"", "write [\"My Surface\"]"};
+                                         << QStringList{"\"virtual_ports\" is the text \"My Surface\"",
+                                                        "write [\"My Surface\"]"};
         QTest::newRow("number as text") << "value_as_text.json" << 1 << 1
                                         << QStringList{"\"values[1].value\" is the text \"1\"", "write 1 without quotes"};
         QTest::newRow("alias type") << "alias_type.json" << 1 << 1
@@ -107,7 +109,8 @@ private slots:
         {
             QVERIFY2(run.out.contains(word), qPrintable(word + QStringLiteral(" not in:\n") + run.out));
         }
-        QVERIFY2(!run.out.contains(QLatin1String("ERROR")) && !run.out.contains(QLatin1String(".cpp:")), qPrintable(run.out));
+        QVERIFY2(!run.out.contains(QLatin1String("ERROR")) && !run.out.contains(QLatin1String(".cpp:")),
+                 qPrintable(run.out));
     }
 
     void ShippedFilesAreClean()
@@ -144,8 +147,8 @@ private slots:
         QFETCH(QString, culprit);
         const sRun run = RunTool(arguments);
         QCOMPARE(run.exitCode, 2);
-        QVERIFY2(run.err.startsWith(QLatin1String("tessera-rules: ")) && run.err.section(QLatin1Char('\n'), 0, 0).contains(culprit),
-                 qPrintable(run.err));
+        const QString firstLine = run.err.section(QLatin1Char('\n'), 0, 0);
+        QVERIFY2(firstLine.startsWith(QLatin1String("tessera-rules: ")) && firstLine.contains(culprit), qPrintable(run.err));
         QVERIFY(run.err.contains(QLatin1String("Usage: tessera-rules")));
         QCOMPARE(run.out, QString());
     }

@@ -163,10 +163,9 @@ void WarnUnknownKeys(const QJsonObject& object, const tMembers& members, const Q
             continue;
         }
         const QString suggestion = SuggestName(key, known);
-        report.Warn(place, QStringLiteral("unknown key %1 is ignored%2")
-                               .arg(Quoted(prefix + key),
-                                    suggestion.isEmpty() ? QStringLiteral("; check its spelling, or remove it")
-                                                         : QStringLiteral("; did you mean %1?").arg(Quoted(prefix + suggestion))));
+        const QString hint = suggestion.isEmpty() ? QStringLiteral("; check its spelling, or remove it")
+                                                  : QStringLiteral("; did you mean %1?").arg(Quoted(prefix + suggestion));
+        report.Warn(place, QStringLiteral("unknown key %1 is ignored%2").arg(Quoted(prefix + key), hint));
     }
 }
 
@@ -260,7 +259,7 @@ void cRuleFileSchema::CheckPortAliases(const QJsonArray& aliases)
         const QString name = alias.value(QStringLiteral("alias")).toString();
         if (known.contains(name))
         {
-            report.Warn(place, QStringLiteral("replaces an earlier %1 alias of the same name").arg(type));
+            report.Warn(place, QStringLiteral("replaces an earlier %1 alias of the same name; keep one of them").arg(type));
         }
         known.append(name);
     }
@@ -277,7 +276,8 @@ void cRuleFileSchema::CheckVariables(const QJsonArray& array)
         const sRuleFilePlace place = sRuleFilePlace::Element(sRuleFilePlace::VARIABLES, index, element, "name");
         if (!element.isObject())
         {
-            variableProblems[index] = QStringList(QStringLiteral("is %1, not a variable object").arg(DescribeValue(element)));
+            variableProblems[index] =
+                QStringList(QStringLiteral("is %1, not a variable object").arg(DescribeValue(element)));
             continue;
         }
         const QJsonObject variable = element.toObject();
@@ -341,7 +341,8 @@ void cRuleFileSchema::CheckVariableValues(const QJsonObject& variable, const sRu
         const QStringList problems = DescribeMembers(value, VALUE_MEMBERS, member + QLatin1Char('.'));
         if (!problems.isEmpty())
         {
-            report.Warn(place, QStringLiteral("%1 is left out: %2").arg(Quoted(member), problems.join(QStringLiteral("; "))));
+            report.Warn(place,
+                        QStringLiteral("%1 is left out: %2").arg(Quoted(member), problems.join(QStringLiteral("; "))));
             continue;
         }
         const QJsonValue number = value.value(QStringLiteral("value"));
@@ -483,7 +484,8 @@ void cRuleFileSchema::CheckRulePorts(const QJsonObject& rule, const sRuleFilePla
             }
             const QString hint = otherAliases.contains(name)
                                      ? QStringLiteral("; %1 is an %2 alias").arg(Quoted(name), incoming ? OUTPUT : INPUT)
-                                     : DidYouMean(name, known);
+                                     : DidYouMean(name, known,
+                                                  QStringLiteral("; name a virtual port or an %1 alias").arg(direction));
             report.Warn(place, QStringLiteral("%1 port %2 is neither a virtual port nor an %3 alias of this file: "
                                               "unless a system port has exactly this name, %4%5")
                                    .arg(side, Quoted(name), direction, consequence, hint));
