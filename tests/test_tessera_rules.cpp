@@ -85,6 +85,8 @@ private slots:
                                                              "with rules[2] \"Mute off\"",
                                                              "rules[5] \"Fader again\": warning: listens",
                                                              "same messages as rules[4] \"Fader\""};
+        QTest::newRow("malformed token") << "malformed_token.json" << 1 << 1
+                                         << QStringList{"in \"B*c\", \"*\" must be followed by the letter of a variable"};
         QTest::newRow("unknown global") << "unknown_global.json" << 1 << 1
                                         << QStringList{"\"*q\"", "no variable \"q\"", "0 rules accepted; 1 rules"};
         QTest::newRow("unknown local") << "unknown_local.json" << 1 << 1 << QStringList{"local variable \"w\""};
