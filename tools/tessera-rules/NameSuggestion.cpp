@@ -31,7 +31,7 @@ int EditDistance(const QString& one, const QString& other)
 }
 }
 
-QString SuggestName(const QString& written, const QStringList& candidates)
+QString cNameSuggestion::Suggest(const QString& written, const QStringList& candidates)
 {
     if (candidates.contains(written))
     {
@@ -54,8 +54,8 @@ QString SuggestName(const QString& written, const QStringList& candidates)
     return best;
 }
 
-QString DidYouMean(const QString& written, const QStringList& candidates, const QString& otherwise)
+QString cNameSuggestion::DidYouMean(const QString& written, const QStringList& candidates, const QString& otherwise)
 {
-    const QString suggestion = SuggestName(written, candidates);
+    const QString suggestion = Suggest(written, candidates);
     return suggestion.isEmpty() ? otherwise : QStringLiteral("; did you mean \"%1\"?").arg(suggestion);
 }

@@ -162,7 +162,7 @@ void WarnUnknownKeys(const QJsonObject& object, const tMembers& members, const Q
         {
             continue;
         }
-        const QString suggestion = SuggestName(key, known);
+        const QString suggestion = cNameSuggestion::Suggest(key, known);
         const QString hint = suggestion.isEmpty() ? QStringLiteral("; check its spelling, or remove it")
                                                   : QStringLiteral("; did you mean %1?").arg(Quoted(prefix + suggestion));
         report.Warn(place, QStringLiteral("unknown key %1 is ignored%2").arg(Quoted(prefix + key), hint));
@@ -252,7 +252,7 @@ void cRuleFileSchema::CheckPortAliases(const QJsonArray& aliases)
         {
             report.Warn(place, QStringLiteral("\"type\" is %1, so the alias is ignored: only \"input\" and \"output\" "
                                               "count%2")
-                                   .arg(Quoted(type), DidYouMean(type, {INPUT, OUTPUT})));
+                                   .arg(Quoted(type), cNameSuggestion::DidYouMean(type, {INPUT, OUTPUT})));
             continue;
         }
         QStringList& known = type == INPUT ? inputAliases : outputAliases;
@@ -426,7 +426,7 @@ QStringList cRuleFileSchema::FindRuleProblems(const QJsonObject& rule, const QLi
                 incoming ? cMIDITranslatorRule::FindIncomingMIDIStringProblem(midi.toString(), variables, localVariables)
                          : cMIDITranslatorRule::FindOutgoingMIDIStringProblem(midi.toString(), variables, localVariables);
             incomingIsValid = incomingIsValid || (incoming && problem.kind == sProblem::NO_PROBLEM);
-            const QString text = DescribeMIDIStringProblem(problem, variableLetters, localVariables,
+            const QString text = cRuleStringProblem::Describe(problem, variableLetters, localVariables,
                                                            leftOutVariables.value(problem.variableName));
             if (!text.isEmpty())
             {
@@ -482,10 +482,10 @@ void cRuleFileSchema::CheckRulePorts(const QJsonObject& rule, const sRuleFilePla
             {
                 continue;
             }
+            const QString otherwise = QStringLiteral("; name a virtual port or an %1 alias").arg(direction);
             const QString hint = otherAliases.contains(name)
                                      ? QStringLiteral("; %1 is an %2 alias").arg(Quoted(name), incoming ? OUTPUT : INPUT)
-                                     : DidYouMean(name, known,
-                                                  QStringLiteral("; name a virtual port or an %1 alias").arg(direction));
+                                     : cNameSuggestion::DidYouMean(name, known, otherwise);
             report.Warn(place, QStringLiteral("%1 port %2 is neither a virtual port nor an %3 alias of this file: "
                                               "unless a system port has exactly this name, %4%5")
                                    .arg(side, Quoted(name), direction, consequence, hint));

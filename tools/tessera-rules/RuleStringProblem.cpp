@@ -53,9 +53,9 @@ QString LettersOf(const QStringList& letters, const QString& mark = QString())
 }
 }
 
-QString DescribeMIDIStringProblem(const cMIDITranslatorRule::sMIDIStringProblem& problem,
-                                  const QStringList& variableLetters, const QStringList& localVariables,
-                                  const QString& leftOutVariable)
+QString cRuleStringProblem::Describe(const cMIDITranslatorRule::sMIDIStringProblem& problem,
+                                     const QStringList& variableLetters, const QStringList& localVariables,
+                                     const QString& leftOutVariable)
 {
     using sProblem = cMIDITranslatorRule::sMIDIStringProblem;
     const QString token = Quoted(problem.token);
@@ -70,7 +70,7 @@ QString DescribeMIDIStringProblem(const cMIDITranslatorRule::sMIDIStringProblem&
     {
         const QString text = QStringLiteral("%1 refers to \"*%2\", but the file has no variable %3")
                                  .arg(token, letter, Quoted(letter));
-        const QString suggestion = SuggestName(letter, variableLetters);
+        const QString suggestion = cNameSuggestion::Suggest(letter, variableLetters);
         if (!leftOutVariable.isEmpty())
         {
             return text + QStringLiteral(" (%1 is left out)").arg(leftOutVariable);

@@ -8,11 +8,16 @@
 
 // A MIDI string that loading refuses, in words for the rule file's author:
 // the token at fault, what is wrong with it and, where it helps, what the file
-// has instead. variableLetters are the file's variables, localVariables what
-// the incoming string captures, leftOutVariable the place of a variable of the
-// unknown letter that loading left out (empty if none). Empty for no problem.
-QString DescribeMIDIStringProblem(const cMIDITranslatorRule::sMIDIStringProblem& problem,
-                                  const QStringList& variableLetters, const QStringList& localVariables,
-                                  const QString& leftOutVariable);
+// has instead.
+class cRuleStringProblem
+{
+public:
+    // variableLetters are the file's variables, localVariables what the
+    // incoming string captures, leftOutVariable the place of a variable of the
+    // unknown letter that loading left out (empty if none). Empty for no
+    // problem.
+    static QString Describe(const cMIDITranslatorRule::sMIDIStringProblem& problem, const QStringList& variableLetters,
+                            const QStringList& localVariables, const QString& leftOutVariable);
+};
 
 #endif
