@@ -11,13 +11,6 @@ namespace
 {
 const QLatin1Char GLOBAL_MARK('*');
 
-// One token per MIDI byte, separated by single spaces; runs of spaces are
-// harmless, any other blank is an invalid character.
-QStringList SplitMIDIString(const QString& midi)
-{
-    return midi.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
-
 // The character at a position as a one-character string, or an empty string
 // past the end, so that compiling never reads outside a token.
 QString CharacterAt(const QString& token, int position)
@@ -65,17 +58,20 @@ QList<QString> PortNamesFromArray(const QJsonArray& array)
     return ports;
 }
 
+using sMIDIStringProblem = cMIDITranslatorRule::sMIDIStringProblem;
+
 // The walk shared by both directions. A local variable letter is handed to
-// acceptLocal, which says whether it may stand there (and may record it).
+// checkLocal, which tells what is wrong with it there, if anything (and may
+// record it).
 template <typename LocalCheck>
-bool ValidateMidiByteStringList(const QStringList& tokens, const QList<cMIDITranslatorVariable>& variables,
-                                LocalCheck acceptLocal)
+sMIDIStringProblem FindMIDIStringProblem(const QStringList& tokens, const QList<cMIDITranslatorVariable>& variables,
+                                         LocalCheck checkLocal)
 {
     for (const QString& token : tokens)
     {
         if (!TokenExpression().match(token).hasMatch())
         {
-            return false;
+            return {sMIDIStringProblem::MALFORMED_TOKEN, token, QString()};
         }
         for (int position = 0; position < token.size(); ++position)
         {
@@ -86,16 +82,44 @@ bool ValidateMidiByteStringList(const QStringList& tokens, const QList<cMIDITran
                 if (!VariableLetterExpression().match(global).hasMatch() ||
                     !cMIDITranslatorRule::GlobalVariableExists(global, variables))
                 {
-                    return false;
+                    return {sMIDIStringProblem::UNKNOWN_GLOBAL, token, global};
                 }
             }
-            else if (VariableLetterExpression().match(character).hasMatch() && !acceptLocal(character))
+            else if (VariableLetterExpression().match(character).hasMatch())
             {
-                return false;
+                const sMIDIStringProblem::eKind kind = checkLocal(character);
+                if (kind != sMIDIStringProblem::NO_PROBLEM)
+                {
+                    return {kind, token, character};
+                }
             }
         }
     }
-    return true;
+    return {};
+}
+
+// A local variable is captured once per incoming message.
+sMIDIStringProblem FindIncomingProblem(const QStringList& tokens, const QList<cMIDITranslatorVariable>& variables,
+                                       QStringList& localVariables)
+{
+    return FindMIDIStringProblem(tokens, variables, [&localVariables](const QString& letter) {
+        if (localVariables.contains(letter, Qt::CaseInsensitive))
+        {
+            return sMIDIStringProblem::LOCAL_CAPTURED_TWICE;
+        }
+        localVariables.append(letter);
+        return sMIDIStringProblem::NO_PROBLEM;
+    });
+}
+
+// The outgoing message may repeat a captured variable as often as it likes.
+sMIDIStringProblem FindOutgoingProblem(const QStringList& tokens, const QList<cMIDITranslatorVariable>& variables,
+                                       const QStringList& localVariables)
+{
+    return FindMIDIStringProblem(tokens, variables, [&localVariables](const QString& letter) {
+        return localVariables.contains(letter, Qt::CaseInsensitive) ? sMIDIStringProblem::NO_PROBLEM
+                                                                    : sMIDIStringProblem::LOCAL_NOT_CAPTURED;
+    });
 }
 }
 
@@ -361,29 +385,39 @@ void cMIDITranslatorRule::CreateTranslationMap()
     }
 }
 
+// One token per MIDI byte, separated by single spaces; runs of spaces are
+// harmless, any other blank is an invalid character.
+QStringList cMIDITranslatorRule::SplitMIDIString(const QString& midi)
+{
+    return midi.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
 bool cMIDITranslatorRule::ValidateIncomingMidiByteStringList(QStringList tokens,
                                                              const QList<cMIDITranslatorVariable>& variables,
                                                              QStringList& localVariables)
 {
-    // A local variable is captured once per incoming message.
-    return ValidateMidiByteStringList(tokens, variables, [&localVariables](const QString& letter) {
-        if (localVariables.contains(letter, Qt::CaseInsensitive))
-        {
-            return false;
-        }
-        localVariables.append(letter);
-        return true;
-    });
+    return FindIncomingProblem(tokens, variables, localVariables).kind == sMIDIStringProblem::NO_PROBLEM;
 }
 
 bool cMIDITranslatorRule::ValidateOutgoingMidiByteStringList(QStringList tokens,
                                                              const QList<cMIDITranslatorVariable>& variables,
                                                              QStringList localVariables)
 {
-    // The outgoing message may repeat a captured variable as often as it likes.
-    return ValidateMidiByteStringList(tokens, variables, [&localVariables](const QString& letter) {
-        return localVariables.contains(letter, Qt::CaseInsensitive);
-    });
+    return FindOutgoingProblem(tokens, variables, localVariables).kind == sMIDIStringProblem::NO_PROBLEM;
+}
+
+sMIDIStringProblem cMIDITranslatorRule::FindIncomingMIDIStringProblem(const QString& midi,
+                                                                      const QList<cMIDITranslatorVariable>& variables,
+                                                                      QStringList& localVariables)
+{
+    return FindIncomingProblem(SplitMIDIString(midi), variables, localVariables);
+}
+
+sMIDIStringProblem cMIDITranslatorRule::FindOutgoingMIDIStringProblem(const QString& midi,
+                                                                      const QList<cMIDITranslatorVariable>& variables,
+                                                                      const QStringList& localVariables)
+{
+    return FindOutgoingProblem(SplitMIDIString(midi), variables, localVariables);
 }
 
 bool cMIDITranslatorRule::GlobalVariableExists(QString name, const QList<cMIDITranslatorVariable>& variables)

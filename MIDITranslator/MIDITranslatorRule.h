@@ -67,11 +67,39 @@ public:
     void CreateMIDIMatchByteListIdentifier();
     void CreateTranslationMap();
 
-    // The rule MIDI string language.
+    // The first token that makes a MIDI string invalid, and why. The loader
+    // only needs to know whether there is one; the rule file checker tells
+    // the file's author which token and which variable it is.
+    struct sMIDIStringProblem
+    {
+        enum eKind
+        {
+            NO_PROBLEM,
+            MALFORMED_TOKEN,       // not one or two units of the token grammar
+            UNKNOWN_GLOBAL,        // "*" and a letter that names no variable
+            LOCAL_CAPTURED_TWICE,  // incoming: a local variable a second time
+            LOCAL_NOT_CAPTURED,    // outgoing: a local variable the incoming string lacks
+        };
+        eKind kind = NO_PROBLEM;
+        QString token;
+        // The variable letter at fault, for every kind but a malformed token.
+        QString variableName;
+    };
+
+    // The rule MIDI string language. The validators and the problem finders
+    // take the same walk over the tokens; the incoming ones append the local
+    // variables they meet.
+    static QStringList SplitMIDIString(const QString& midi);
     static bool ValidateIncomingMidiByteStringList(QStringList tokens, const QList<cMIDITranslatorVariable>& variables,
                                                    QStringList& localVariables);
     static bool ValidateOutgoingMidiByteStringList(QStringList tokens, const QList<cMIDITranslatorVariable>& variables,
                                                    QStringList localVariables);
+    static sMIDIStringProblem FindIncomingMIDIStringProblem(const QString& midi,
+                                                            const QList<cMIDITranslatorVariable>& variables,
+                                                            QStringList& localVariables);
+    static sMIDIStringProblem FindOutgoingMIDIStringProblem(const QString& midi,
+                                                            const QList<cMIDITranslatorVariable>& variables,
+                                                            const QStringList& localVariables);
     static bool GlobalVariableExists(QString name, const QList<cMIDITranslatorVariable>& variables);
 
     static cMIDITranslatorRule FromJsonObject(QJsonObject object, const cMIDITranslatorConfiguration* configuration,

@@ -142,6 +142,32 @@ class MackieControl:
         note = self.key_notes[control] if m is None else self.strip_note_base[control] + m
         return [(port, "90 %s v" % hx(note), {"state": "v", "lamp": "v"})]
 
+    # A DAW's profile for a Mackie Control Universal Pro (the default in many
+    # DAWs) sends the device query and then ignores the surface until it
+    # answers with its host connection query: serial number and challenge.
+    # Hosts that check further send a host connection reply, which the surface
+    # confirms with the serial as the host gave it. The answers go back to the
+    # DAW on the port that asked; nothing reaches the console. The serial and
+    # the challenge are fixed: no host checks them against anything.
+    DEVICE_BYTE = {MAIN: 0x14, EXTENDER: 0x15}
+    SERIAL = {MAIN: "TESS-MC", EXTENDER: "TESS-XT"}
+    CHALLENGE = "01 02 03 04"
+    UNIT_NAMES = {MAIN: "main unit", EXTENDER: "extender"}
+
+    def handshake(self):
+        rules = []
+        for port in self.ports():
+            header = "F0 00 00 66 %s" % hx(self.DEVICE_BYTE[port])
+            serial = " ".join(hx(ord(character)) for character in self.SERIAL[port])
+            unit = self.UNIT_NAMES[port]
+            rules.append(rule("Device query to the %s" % unit, header + " 00 F7", [port],
+                              "%s 01 %s %s F7" % (header, serial, self.CHALLENGE), [port]))
+            # Seven serial bytes, then four response bytes; each byte needs a
+            # variable of its own, and only the serial is sent back.
+            rules.append(rule("Host connection reply to the %s" % unit, header + " 02 g h i j k l m o p q r F7", [port],
+                              header + " 03 g h i j k l m F7", [port]))
+        return rules
+
 
 class GenericCC:
     """Control changes a DAW's MIDI learn can take: strip k on MIDI channel k, the rest on channel 1."""
@@ -168,6 +194,9 @@ class GenericCC:
             return None
         value = {"fader": "msb", "pan": "rel", "mute": "state", "solo": "state"}.get(control, "key")
         return self.PORT, "%s %s" % (self.address(control, strip), values[value])
+
+    def handshake(self):
+        return []
 
     def from_daw(self, control, strip):
         # A DAW sends its pan as an absolute value, which the console's
@@ -215,6 +244,7 @@ def rule_file(mixer, console, strips, protocol):
         rules += rules_for(console, protocol, "Master", control, None)
     for key in GLOBAL_KEYS:
         rules += rules_for(console, protocol, key, key, None)
+    rules += protocol.handshake()
     return {
         "description": "%s console and a DAW speaking %s" % (mixer, protocol.name),
         "virtual_ports": protocol.ports(),

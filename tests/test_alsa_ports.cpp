@@ -5,6 +5,7 @@
 #include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #include "Common/MIDI/MIDIInput.h"
 #include "Common/MIDI/MIDIOutput.h"
+#include "MIDITranslator/FileLocations.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "tests/support/SequencerPeerALSA.h"
 #include "tests/support/TestHelpers.h"
@@ -161,6 +162,32 @@ private slots:
         QCOMPARE(daw.Receive(6).toHex(' '), QByteArray("e2 04 64 e2 02 22"));
         daw.Send(sequencer, ours, Hex("923C7F913C7F"));
         QCOMPARE(mixer.Receive(3).toHex(' '), QByteArray("b2 3c 7f"));
+    }
+
+    // The shipped Tx-16 Mackie Control file over the real sequencer, a client
+    // playing the DAW on both of its ports: the device query and the host
+    // connection reply are answered on the port that asked.
+    void MackieControlHandshake()
+    {
+        cMIDITranslatorConfiguration configuration(new cSystemMIDIConfigurationALSA);
+        configuration.LoadFromFile(cFileLocations::GetConfigurationFileDirectory() + "tx16_mackie_control.json");
+        cSequencerPeerALSA daw("Test DAW");
+        for (const char* device : {"14", "15"})
+        {
+            const char* unit = device == QLatin1String("14") ? "Tessera Mackie Control" : "Tessera Mackie Control XT";
+            const QByteArray header = QByteArray("F0000066") + device;
+            const int port = daw.CreatePort(unit);
+            const snd_seq_addr_t ours = daw.FindPort("Tessera", unit);
+            QVERIFY(daw.ConnectFrom(port, ours));
+
+            daw.Send(port, ours, QByteArray::fromHex(header + "00F7"));
+            const QByteArray query = daw.Receive(18);
+            QCOMPARE(query.size(), 18);
+            QCOMPARE(query.left(6), QByteArray::fromHex(header + "01"));
+            daw.Send(port, ours, QByteArray::fromHex(header + "02") + query.mid(6, 7) + Hex("7F00356AF7"));
+            const QByteArray confirmation = QByteArray::fromHex(header + "03") + query.mid(6, 7) + Hex("F7");
+            QCOMPARE(daw.Receive(14).toHex(' '), confirmation.toHex(' '));
+        }
     }
 };
 

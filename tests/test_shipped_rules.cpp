@@ -58,6 +58,54 @@ private slots:
         }
     }
 
+    // The DAW's side of the Mackie Control handshake, on each port of each
+    // Mackie Control file: the device query (device byte 14 for the main
+    // unit, 15 for the extender) gets the host connection query, with a
+    // serial number and a challenge; the host connection reply gets the
+    // confirmation with the serial. The port that asked gets the answer; the
+    // console and the other port get nothing.
+    void AnswersTheMackieControlHandshake()
+    {
+        cMixerDawMap map;
+        map.LoadFromFilePath(cFileLocations::GetMixerMapFilePath());
+        for (const QString& mixer : map.GetMixerNames())
+        {
+            cStdoutCapture capture;
+            cTranslatorFixture loaded({CONSOLE});
+            loaded.configuration.LoadFromFile(cFileLocations::GetConfigurationFileDirectory() +
+                                              map.GetFilePathForMixerAndDAW(mixer, QStringLiteral("Mackie Control")));
+            loaded.configuration.SetMixerInputPortName(CONSOLE);
+            loaded.configuration.SetMixerOutputPortName(CONSOLE);
+            QStringList units = loaded.registry->GetVirtualInputOutputNames();
+            units.sort();
+            // An extender for consoles of more than eight strips.
+            const QStringList expected = mixer == QLatin1String("Tx-8") ? QStringList(MACKIE) : QStringList({MACKIE, MACKIE_XT});
+            QCOMPARE(units, expected);
+            for (const QString& unit : units)
+            {
+                const QString header = QStringLiteral("F0 00 00 66 ") + (unit == MACKIE ? "14" : "15");
+                loaded.Feed(loaded.Port(unit), {header + " 00 F7"});
+                QHash<QString, QByteArray> written = loaded.TakeAllWrites();
+                const QByteArray query = written.take(unit);
+                QCOMPARE(written.keys(), QStringList());
+                QCOMPARE(query.size(), 18);
+                QCOMPARE(query.left(6), MIDIBytes(header + " 01"));
+                QCOMPARE(query.back(), '\xF7');
+                const QByteArray serial = query.mid(6, 7);
+                for (char byte : query.mid(6, 11))
+                {
+                    QVERIFY(static_cast<unsigned char>(byte) < 0x80);
+                }
+
+                loaded.Feed(loaded.Port(unit), {header + " 02" + serial.toHex() + "7F 00 35 6A F7"});
+                written = loaded.TakeAllWrites();
+                QCOMPARE(written.take(unit).toHex(' '), (MIDIBytes(header + " 03") + serial + '\xF7').toHex(' '));
+                QCOMPARE(written.keys(), QStringList());
+            }
+            QCOMPARE(capture.ErrorLines(), QStringList());
+        }
+    }
+
     void Translates_data()
     {
         QTest::addColumn<QString>("file");

@@ -1,6 +1,7 @@
 #include "support/TestHelpers.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QProcess>
 #include <QtTest>
 
@@ -29,53 +30,136 @@ sRun RunTool(const QStringList& arguments, const QByteArray& input = QByteArray(
 }
 
 const QString CLEAN = TestDataFile("tessera-rules/clean.json");
+
+// The checker's warning and error lines.
+QStringList Findings(const QString& out)
+{
+    return out.split(QLatin1Char('\n')).filter(QRegularExpression(QStringLiteral(": (warning|error): ")));
+}
 }
 
 class tTesseraRules : public QObject
 {
     Q_OBJECT
 private slots:
-    // A clean file passes; a rejected rule fails the run and is named; a JSON
-    // syntax error is located. Line 3 of syntax_error.json reads
-    // `    "rules": [ {"name" "Fader"} ]`: the parser stops just past the quote
-    // that opens "Fader", where the colon should have been.
+    // One file for each kind of problem: the exit status, how many findings
+    // (each printed once, in the checker's words, without the program's own
+    // trace lines) and the words that name the culprit and the fix.
+    void Check_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<int>("findings");
+        QTest::addColumn<QStringList>("words");
+
+        QTest::newRow("clean") << "clean.json" << 0 << 0
+                               << QStringList{"clean.json: 1 virtual ports, 2 aliases, 1 variables, 1 rules accepted; "
+                                              "0 rules and 0 variables rejected; 0 warnings\n"};
+        // Line 3 reads `    "rules": [ {"name" "Fader"} ]`: the parser stops
+        // just past the quote that opens "Fader", where the colon belongs.
+        QTest::newRow("syntax error") << "syntax_error.json" << 1 << 0
+                                      << QStringList{"syntax_error.json:3:25: JSON syntax error: "};
+        QTest::newRow("top-level key") << "rule_key.json" << 1 << 1
+                                       << QStringList{"top level: warning: unknown key \"rule\"", "did you mean \"rules\"?"};
+        QTest::newRow("rule member") << "misspelt_member.json" << 1 << 2
+                                     << QStringList{"unknown key \"outgoin\"", "did you mean \"outgoing\"?",
+                                                    "rules[0] \"Fader\": error: left out: has no \"outgoing\""};
+        QTest::newRow("ports") << "misspelt_ports.json" << 1 << 2
+                               << QStringList{"\"Mixer Inn\"", "did you mean \"Mixer In\"?", "\"My Surfce\"",
+                                              "did you mean \"My Surface\"?"};
+        QTest::newRow("text for a list") << "virtual_ports_text.json" << 1 << 1
+                                         << QStringList{"\"virtual_ports\" is the text \"My Surface\"",
+                                                        "write [\"My Surface\"]"};
+        QTest::newRow("number as text") << "value_as_text.json" << 1 << 1
+                                        << QStringList{"\"values[1].value\" is the text \"1\"", "write 1 without quotes"};
+        QTest::newRow("alias type") << "alias_type.json" << 1 << 1
+                                    << QStringList{"port_aliases[0] \"Mixer In\"", "\"Input\"", "did you mean \"input\"?"};
+        QTest::newRow("lone digits") << "lone_digits.json" << 1 << 2
+                                     << QStringList{"lone digit \"F\" in the incoming", "lone digit \"a\" in the outgoing"};
+        QTest::newRow("two variables in a token") << "two_variables_in_a_token.json" << 1 << 1 << QStringList{"\"*k*n\""};
+        QTest::newRow("upper half") << "upper_half.json" << 1 << 1 << QStringList{"\"x\" of \"9x\"", "upper half"};
+        QTest::newRow("no status byte") << "no_status_byte.json" << 1 << 1 << QStringList{"begins with \"v\""};
+        QTest::newRow("rules sharing a path") << "shared_way.json" << 1 << 3
+                                              << QStringList{"rules[1] \"Pan centre\": warning: also fires",
+                                                             "rules[3] \"Mute\": warning: does not fire",
+                                                             "with rules[2] \"Mute off\"",
+                                                             "rules[5] \"Fader again\": warning: listens",
+                                                             "same messages as rules[4] \"Fader\""};
+        QTest::newRow("malformed token") << "malformed_token.json" << 1 << 1
+                                         << QStringList{"in \"B*c\", \"*\" must be followed by the letter of a variable"};
+        QTest::newRow("unknown global") << "unknown_global.json" << 1 << 1
+                                        << QStringList{"\"*q\"", "no variable \"q\"", "0 rules accepted; 1 rules"};
+        QTest::newRow("unknown local") << "unknown_local.json" << 1 << 1 << QStringList{"local variable \"w\""};
+        QTest::newRow("local captured twice") << "captured_twice.json" << 1 << 1
+                                              << QStringList{"local variable \"V\" is captured a second time"};
+        QTest::newRow("rejected variable") << "default_as_text.json" << 1 << 1
+                                           << QStringList{"variables[0] \"Bank\": error: left out: \"default\" is the text "
+                                                          "\"3\"", "write 3 without quotes", "1 variables rejected"};
+    }
+
     void Check()
     {
-        sRun run = RunTool({QStringLiteral("check"), CLEAN});
-        QCOMPARE(run.exitCode, 0);
-        QVERIFY(!run.out.contains(QLatin1String("ERROR:")));
-        QVERIFY2(run.out.contains(CLEAN + QStringLiteral(": 1 virtual ports, 2 aliases, 1 variables, 1 rules accepted; "
-                                                         "0 rules and 0 variables rejected\n")),
+        QFETCH(QString, file);
+        QFETCH(int, status);
+        QFETCH(int, findings);
+        QFETCH(QStringList, words);
+
+        const sRun run = RunTool({QStringLiteral("check"), TestDataFile(QStringLiteral("tessera-rules/") + file)});
+        QCOMPARE(run.exitCode, status);
+        QCOMPARE(Findings(run.out).size(), findings);
+        for (const QString& word : words)
+        {
+            QVERIFY2(run.out.contains(word), qPrintable(word + QStringLiteral(" not in:\n") + run.out));
+        }
+        QVERIFY2(!run.out.contains(QLatin1String("ERROR")) && !run.out.contains(QLatin1String(".cpp:")),
                  qPrintable(run.out));
+    }
 
-        const QString oneBadRule = TestDataFile("tessera-rules/one_bad_rule.json");
-        run = RunTool({QStringLiteral("check"), CLEAN, oneBadRule});
-        QCOMPARE(run.exitCode, 1);
-        QVERIFY(run.out.contains(QLatin1String("ERROR: Invalid incoming midi string for rule \"Broken fader\"")));
-        QVERIFY(run.out.contains(oneBadRule + QStringLiteral(": rejected rule 2 \"Broken fader\"\n")));
-        QVERIFY2(run.out.contains(QLatin1String("1 rules accepted; 1 rules and 0 variables rejected")), qPrintable(run.out));
-
-        const QString syntaxError = TestDataFile("tessera-rules/syntax_error.json");
-        run = RunTool({QStringLiteral("check"), syntaxError});
-        QCOMPARE(run.exitCode, 1);
-        QVERIFY2(run.out.contains(syntaxError + QStringLiteral(":3:25: JSON syntax error: ")), qPrintable(run.out));
+    void ShippedFilesAreClean()
+    {
+        const QDir maps(QCoreApplication::applicationDirPath() + QStringLiteral("/../Resources/Maps"));
+        QStringList files = maps.entryList({QStringLiteral("*.json")});
+        QVERIFY(files.removeOne(QStringLiteral("mixer_map.json")));
+        QCOMPARE(files.size(), 6);
+        files.replaceInStrings(QRegularExpression(QStringLiteral("^")), maps.path() + QLatin1Char('/'));
+        const sRun run = RunTool(QStringList(QStringLiteral("check")) + files);
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(Findings(run.out), QStringList());
     }
 
     void RefusesBadUsage_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("unknown command") << QStringList{"verify", CLEAN};
-        QTest::newRow("check without files") << QStringList{"check"};
-        QTest::newRow("replay without port") << QStringList{"replay", CLEAN};
-        QTest::newRow("value beyond a byte") << QStringList{"replay", CLEAN, "--in", "Mixer In", "--set", "n=256"};
+        QTest::addColumn<QString>("culprit");
+        QTest::newRow("unknown command") << QStringList{"verify", CLEAN} << "verify";
+        QTest::newRow("check without files") << QStringList{"check"} << "FILE";
+        QTest::newRow("replay without port") << QStringList{"replay", CLEAN} << "--in PORT";
+        QTest::newRow("value beyond a byte") << QStringList{"replay", CLEAN, "--in", "Mixer In", "--set", "n=256"} << "n=256";
+        QTest::newRow("no such variable") << QStringList{"replay", CLEAN, "--in", "Mixer In", "--set", "m=1"}
+                                          << "no variable \"m\" (its variables: \"n\" (MIDI Channel))";
+        QTest::newRow("the name users see") << QStringList{"replay", CLEAN, "--in", "Mixer In", "--set", "MIDI Channel=2"}
+                                            << "call the variable \"n\"";
+        QTest::newRow("no such value") << QStringList{"replay", CLEAN, "--in", "Mixer In", "--set", "n=4"}
+                                       << "\"n\" has no value 4 (its values: 0 to 3)";
     }
 
     void RefusesBadUsage()
     {
         QFETCH(QStringList, arguments);
+        QFETCH(QString, culprit);
         const sRun run = RunTool(arguments);
         QCOMPARE(run.exitCode, 2);
+        const QString firstLine = run.err.section(QLatin1Char('\n'), 0, 0);
+        QVERIFY2(firstLine.startsWith(QLatin1String("tessera-rules: ")) && firstLine.contains(culprit), qPrintable(run.err));
         QVERIFY(run.err.contains(QLatin1String("Usage: tessera-rules")));
+        QCOMPARE(run.out, QString());
+    }
+
+    void TellsItsVersion()
+    {
+        const sRun run = RunTool({QStringLiteral("--version")});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QStringLiteral("tessera-rules " TESSERA_VERSION_STRING "\n"));
     }
 
     // The input is named as the rule names it: "Mixer In" reaches the file's
@@ -90,10 +174,13 @@ private slots:
         QCOMPARE(run.out, QStringLiteral("Port 1\tE3 04 64\n"));
         QCOMPARE(run.err, QString());
 
-        run = RunTool({"replay", CLEAN, "--in", "Console"}, "B0 07 12\n07 7F\nB0 zz\n07\n2a\n");
+        // Hexadecimal text is read as everywhere else: pairs of digits, also
+        // in groups; a lone digit is no byte.
+        run = RunTool({"replay", CLEAN, "--in", "Console"}, "B0 07 12\n07 7F\nB0 zz\n7\n07\n2a\nb0077f\n");
         QCOMPARE(run.exitCode, 0);
-        QCOMPARE(run.out, QStringLiteral("Port 1\tE0 02 12\nPort 1\tE0 0F 7F\nPort 1\tE0 0A 2A\n"));
-        QCOMPARE(run.err, QStringLiteral("line 3: not hexadecimal bytes, skipped: B0 zz\n"));
+        QCOMPARE(run.out, QStringLiteral("Port 1\tE0 02 12\nPort 1\tE0 0F 7F\nPort 1\tE0 0A 2A\nPort 1\tE0 0F 7F\n"));
+        QCOMPARE(run.err, QStringLiteral("line 3: not pairs of hexadecimal digits, skipped: B0 zz\n"
+                                         "line 4: not pairs of hexadecimal digits, skipped: 7\n"));
     }
 
     // A shipped file whose mixer sends a fader as four NRPN messages: the

@@ -2,11 +2,17 @@
 
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "tools/tessera-rules/RuleFileReport.h"
+#include "tools/tessera-rules/RuleFileSchema.h"
 #include "tools/tessera-rules/RuleFileText.h"
+#include "tools/tessera-rules/RuleOverlap.h"
+#include "tools/tessera-rules/RuleStringTraps.h"
+#include "tools/tessera-rules/TraceSilencer.h"
 
 #include <QJsonArray>
 #include <QSet>
 
+#include <functional>
 #include <iostream>
 
 namespace
@@ -42,30 +48,48 @@ bool SameRule(const QJsonValue& element, const cMIDITranslatorRule& rule)
                rule.GetOutgoingMIDIString();
 }
 
-// Accepted rules keep the file's order, so walking both lists side by side
-// finds the elements that were left out. Returns how many there were.
-int PrintRejectedRules(const QString& path, const QJsonArray& fileRules,
-                       const QList<cMIDITranslatorRule>& loadedRules)
+bool SameVariable(const QJsonValue& element, const cMIDITranslatorVariable& variable)
 {
-    int next = 0;
-    int rejected = 0;
-    for (int index = 0; index < fileRules.size(); ++index)
+    const QJsonObject object = element.toObject();
+    return object.value(QStringLiteral("name")).toString() == variable.GetDescriptiveName() &&
+           object.value(QStringLiteral("variable_name")).toString() == variable.GetVariableName();
+}
+
+// Loading keeps the file's order and leaves elements out, so walking both
+// lists side by side finds the file element of each kept one: its index, by
+// the kept element's position. The elements between were left out.
+template <typename tKept, typename tSame>
+QList<int> FindKeptElements(const QJsonArray& file, const QList<tKept>& kept, tSame same)
+{
+    QList<int> indexes;
+    for (int index = 0; index < file.size() && indexes.size() < kept.size(); ++index)
     {
-        if (next < loadedRules.size() && SameRule(fileRules.at(index), loadedRules.at(next)))
+        if (same(file.at(index), kept.at(indexes.size())))
         {
-            ++next;
+            indexes.append(index);
+        }
+    }
+    return indexes;
+}
+
+// Returns how many elements were left out.
+int RejectLeftOut(const QJsonArray& file, const QList<int>& kept, sRuleFilePlace::eSection section,
+                  const std::function<QStringList(int)>& problemsOf, cRuleFileReport& report)
+{
+    int leftOut = 0;
+    for (int index = 0; index < file.size(); ++index)
+    {
+        if (kept.contains(index))
+        {
             continue;
         }
-        ++rejected;
-        const QJsonValue name = fileRules.at(index).toObject().value(QStringLiteral("name"));
-        std::cout << qPrintable(path) << ": rejected rule " << index + 1;
-        if (name.isString())
-        {
-            std::cout << " \"" << qPrintable(name.toString()) << "\"";
-        }
-        std::cout << std::endl;
+        ++leftOut;
+        const QStringList problems = problemsOf(index);
+        report.Reject(sRuleFilePlace::Element(section, index, file.at(index), "name"),
+                      problems.isEmpty() ? QStringLiteral("left out by loading")
+                                         : QStringLiteral("left out: ") + problems.join(QStringLiteral("; ")));
     }
-    return rejected;
+    return leftOut;
 }
 }
 
@@ -73,27 +97,62 @@ bool cRuleFileCheck::Check(const QString& path)
 {
     std::cout << "== " << qPrintable(path) << std::endl;
 
-    auto* ports = new cSystemMIDIConfigurationMemory;
-    cMIDITranslatorConfiguration configuration(ports);
-    configuration.LoadFromFile(path);
-
     const cRuleFileText text(path);
     if (!text.IsReadable())
     {
         std::cout << qPrintable(text.GetProblem()) << std::endl;
         return false;
     }
-
     const QJsonObject top = text.GetTopLevelObject();
     const QJsonArray fileRules = top.value(QStringLiteral("rules")).toArray();
-    const QList<cMIDITranslatorRule> loadedRules = configuration.GetMIDITranslatorRules();
-    const int rejectedRules = PrintRejectedRules(path, fileRules, loadedRules);
-    const int loadedVariables = configuration.GetMIDITranslatorVariables().size();
-    const int rejectedVariables = top.value(QStringLiteral("variables")).toArray().size() - loadedVariables;
+    const QJsonArray fileVariables = top.value(QStringLiteral("variables")).toArray();
+
+    auto* ports = new cSystemMIDIConfigurationMemory;
+    cMIDITranslatorConfiguration configuration(ports);
+    cRuleFileReport report(path);
+    int rejectedRules = 0;
+    int rejectedVariables = 0;
+    {
+        // What the translator traces for the program's log, the report says
+        // for the file's author.
+        const cTraceSilencer silencer;
+        configuration.LoadFromFile(path);
+        const QList<cMIDITranslatorRule> rules = configuration.GetMIDITranslatorRules();
+        const QList<cMIDITranslatorVariable>& variables = configuration.GetMIDITranslatorVariables();
+        const cRuleFileSchema schema(top, variables, report);
+
+        const QList<int> keptVariables = FindKeptElements(fileVariables, variables, SameVariable);
+        rejectedVariables = RejectLeftOut(fileVariables, keptVariables, sRuleFilePlace::VARIABLES,
+                                          [&](int index) { return schema.GetVariableProblems(index); }, report);
+        const QList<int> keptRules = FindKeptElements(fileRules, rules, SameRule);
+        rejectedRules = RejectLeftOut(fileRules, keptRules, sRuleFilePlace::RULES,
+                                      [&](int index) { return schema.GetRuleProblems(index); }, report);
+
+        // A kept rule's identifier is its position among the kept ones.
+        const auto placeOfRule = [&](int identifier) {
+            const int index = keptRules.at(identifier);
+            return sRuleFilePlace::Element(sRuleFilePlace::RULES, index, fileRules.at(index), "name");
+        };
+        for (const cMIDITranslatorRule& rule : rules)
+        {
+            for (const QString& trap : cRuleStringTraps::Find(rule.GetIncomingMIDIString(), rule.GetOutgoingMIDIString()))
+            {
+                report.Warn(placeOfRule(rule.GetIndentifier()), trap);
+            }
+        }
+        const auto nameOfRule = [&](int identifier) { return placeOfRule(identifier).path; };
+        for (const cRuleOverlap::sFinding& finding : cRuleOverlap::Find(configuration, nameOfRule))
+        {
+            report.Warn(placeOfRule(finding.identifier), finding.text);
+        }
+    }
+    report.Print();
 
     std::cout << qPrintable(path) << ": " << ports->GetVirtualInputOutputNames().size() << " virtual ports, "
               << CountLoadedAliases(top.value(QStringLiteral("port_aliases")).toArray(), configuration)
-              << " aliases, " << loadedVariables << " variables, " << loadedRules.size() << " rules accepted; "
-              << rejectedRules << " rules and " << rejectedVariables << " variables rejected" << std::endl;
-    return rejectedRules == 0 && rejectedVariables == 0;
+              << " aliases, " << configuration.GetMIDITranslatorVariables().size() << " variables, "
+              << configuration.GetMIDITranslatorRules().size() << " rules accepted; " << rejectedRules
+              << " rules and " << rejectedVariables << " variables rejected; " << report.GetWarningCount()
+              << " warnings" << std::endl;
+    return rejectedRules == 0 && rejectedVariables == 0 && report.GetWarningCount() == 0;
 }

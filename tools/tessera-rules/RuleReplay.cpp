@@ -9,8 +9,8 @@
 #include "tools/tessera-rules/RuleFileText.h"
 
 #include <QCoreApplication>
-#include <QRegularExpression>
 
+#include <algorithm>
 #include <iostream>
 #include <string>
 
@@ -68,63 +68,138 @@ QList<cMIDIInputOutputMemory*> OpenOutgoingPorts(const cMIDITranslatorConfigurat
     }
     return outputs;
 }
+
+
+// A list of a variable's values for a message: "0 to 15" when they run
+// without a gap, else each one.
+QString DescribeValues(const cMIDITranslatorVariable& variable)
+{
+    QList<int> values;
+    for (int index = 0; index < variable.GetNumberOfValues(); ++index)
+    {
+        values.append(variable.GetValueAtIndex(index));
+    }
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    if (values.isEmpty())
+    {
+        return QStringLiteral("it has none");
+    }
+    if (values.size() > 2 && values.last() - values.first() == values.size() - 1)
+    {
+        return QStringLiteral("%1 to %2").arg(values.first()).arg(values.last());
+    }
+    QStringList texts;
+    for (int value : values)
+    {
+        texts.append(QString::number(value));
+    }
+    return texts.join(QStringLiteral(", "));
+}
 }
 
-int cRuleReplay::Run(const sOptions& options, std::istream& input)
+cRuleReplay::cRuleReplay(const QString& file)
+    : ports(new cSystemMIDIConfigurationMemory), configuration(new cMIDITranslatorConfiguration(ports))
 {
-    const cRuleFileText text(options.file);
-    if (!text.IsReadable())
+    const cRuleFileText text(file);
+    fileProblem = text.GetProblem();
+    if (fileProblem.isEmpty())
     {
-        std::cerr << qPrintable(text.GetProblem()) << std::endl;
-        return 1;
+        configuration->LoadFromFile(file);
     }
+}
 
-    auto* ports = new cSystemMIDIConfigurationMemory;
-    cMIDITranslatorConfiguration configuration(ports);
-    configuration.LoadFromFile(options.file);
-    for (const auto& variable : options.variableValues)
-    {
-        configuration.SetVariableValue(variable.first, variable.second);
-    }
-    if (!options.mixerInputPort.isEmpty())
-    {
-        configuration.SetMixerInputPortName(options.mixerInputPort);
-    }
-    if (!options.mixerOutputPort.isEmpty())
-    {
-        configuration.SetMixerOutputPortName(options.mixerOutputPort);
-    }
+cRuleReplay::~cRuleReplay()
+{
+    delete configuration;
+}
 
-    const QList<cMIDIInputOutputMemory*> outputs = OpenOutgoingPorts(configuration, *ports);
+QString cRuleReplay::GetFileProblem() const
+{
+    return fileProblem;
+}
+
+// Rules know a variable by its letter, the window by its descriptive name: a
+// user who gives the latter is told the former.
+QString cRuleReplay::SetVariableValue(const QString& name, unsigned char value)
+{
+    const QList<cMIDITranslatorVariable>& variables = configuration->GetMIDITranslatorVariables();
+    const auto variable = std::find_if(variables.begin(), variables.end(), [&](const cMIDITranslatorVariable& each) {
+        return each.GetVariableName() == name;
+    });
+    if (variable == variables.end())
+    {
+        QStringList known;
+        for (const cMIDITranslatorVariable& each : variables)
+        {
+            if (each.GetDescriptiveName().compare(name, Qt::CaseInsensitive) == 0)
+            {
+                return QStringLiteral("\"%1\" is the name users see; rules and --set call the variable \"%2\"")
+                    .arg(each.GetDescriptiveName(), each.GetVariableName());
+            }
+            known.append(QStringLiteral("\"%1\" (%2)").arg(each.GetVariableName(), each.GetDescriptiveName()));
+        }
+        return QStringLiteral("the file has no variable \"%1\" (its variables: %2)")
+            .arg(name, known.isEmpty() ? QStringLiteral("none") : known.join(QStringLiteral(", ")));
+    }
+    for (int index = 0; index < variable->GetNumberOfValues(); ++index)
+    {
+        if (variable->GetValueAtIndex(index) == value)
+        {
+            configuration->SetVariableValue(name, value);
+            return QString();
+        }
+    }
+    return QStringLiteral("variable \"%1\" has no value %2 (its values: %3)")
+        .arg(name)
+        .arg(value)
+        .arg(DescribeValues(*variable));
+}
+
+void cRuleReplay::SetMixerInputPortName(const QString& name)
+{
+    configuration->SetMixerInputPortName(name);
+}
+
+void cRuleReplay::SetMixerOutputPortName(const QString& name)
+{
+    configuration->SetMixerOutputPortName(name);
+}
+
+void cRuleReplay::Run(const QString& inputPort, bool explain, std::istream& input)
+{
+    const QList<cMIDIInputOutputMemory*> outputs = OpenOutgoingPorts(*configuration, *ports);
     // The port prints a write as it is made; the explanation comes after it.
-    cWriteExplainer explainer(configuration);
-    if (options.explain)
+    cWriteExplainer explainer(*configuration);
+    if (explain)
     {
-        configuration.SetMIDITrafficListener(&explainer);
+        configuration->SetMIDITrafficListener(&explainer);
     }
 
     // The input is named as a rule names it; its alias gives the real port.
-    const QString inputName = configuration.GetInputPortNameFromAlias(options.inputPort);
-    if (!configuration.GetIncomingPortNames().contains(inputName))
+    const QString inputName = configuration->GetInputPortNameFromAlias(inputPort);
+    if (!configuration->GetIncomingPortNames().contains(inputName))
     {
         std::cerr << "warning: no rule listens on \"" << qPrintable(inputName) << "\"" << std::endl;
     }
-    cMIDIInputOutputMemory* inputPort = ports->GetOrAddMemoryInputOutput(inputName);
+    cMIDIInputOutputMemory* port = ports->GetOrAddMemoryInputOutput(inputName);
 
     std::string line;
     for (int lineNumber = 1; std::getline(input, line); ++lineNumber)
     {
+        // The same reading of hexadecimal text as everywhere else: pairs of
+        // digits, in groups separated by blanks.
         QByteArray bytes;
-        if (!ParseLine(QString::fromStdString(line), bytes))
+        if (!cHexText::Parse(QString::fromStdString(line).section(QLatin1Char('#'), 0, 0), bytes))
         {
-            std::cerr << "line " << lineNumber << ": not hexadecimal bytes, skipped: " << line << std::endl;
+            std::cerr << "line " << lineNumber << ": not pairs of hexadecimal digits, skipped: " << line << std::endl;
             continue;
         }
         if (bytes.isEmpty())
         {
             continue;
         }
-        inputPort->ReceiveMIDIData(bytes);
+        port->ReceiveMIDIData(bytes);
         // A port may hand its notification over through the event loop.
         QCoreApplication::processEvents();
         // The writes were printed as they happened; a long replay keeps none.
@@ -133,22 +208,5 @@ int cRuleReplay::Run(const sOptions& options, std::istream& input)
             output->TakeWrittenData();
         }
     }
-    return 0;
-}
-
-bool cRuleReplay::ParseLine(const QString& line, QByteArray& bytes)
-{
-    static const QRegularExpression blanks(QStringLiteral("[ \t\r]+"));
-    static const QRegularExpression hexByte(QRegularExpression::anchoredPattern(QStringLiteral("[0-9A-Fa-f]{1,2}")));
-    bytes.clear();
-    const QStringList tokens = line.section(QLatin1Char('#'), 0, 0).split(blanks, Qt::SkipEmptyParts);
-    for (const QString& token : tokens)
-    {
-        if (!hexByte.match(token).hasMatch())
-        {
-            return false;
-        }
-        bytes.append(static_cast<char>(token.toUInt(nullptr, 16)));
-    }
-    return true;
+    configuration->SetMIDITrafficListener(nullptr);
 }

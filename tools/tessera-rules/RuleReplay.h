@@ -1,11 +1,12 @@
 #ifndef RULEREPLAY_H
 #define RULEREPLAY_H
 
-#include <QList>
-#include <QPair>
 #include <QString>
 
 #include <istream>
+
+class cMIDITranslatorConfiguration;
+class cSystemMIDIConfigurationMemory;
 
 // Plays MIDI read from text through a loaded rule file, offline: every line of
 // hexadecimal bytes is one read of an input port, taken through the same
@@ -16,23 +17,31 @@
 class cRuleReplay
 {
 public:
-    struct sOptions
-    {
-        QString file;
-        QString inputPort;
-        QList<QPair<QString, unsigned char>> variableValues;
-        QString mixerInputPort;
-        QString mixerOutputPort;
-        // After each write: what it says, and the rule and the values it took.
-        bool explain = false;
-    };
+    // Loads the file; GetFileProblem says whether that worked.
+    explicit cRuleReplay(const QString& file);
+    ~cRuleReplay();
 
-    // Exit status: 0 when the input was replayed, 1 when the file is unusable.
-    static int Run(const sOptions& options, std::istream& input);
+    cRuleReplay(const cRuleReplay&) = delete;
+    cRuleReplay& operator=(const cRuleReplay&) = delete;
 
-    // The bytes of one input line, or false when it is not hexadecimal bytes
-    // separated by blanks. "#" starts a comment.
-    static bool ParseLine(const QString& line, QByteArray& bytes);
+    // Empty when the file loaded, else what is wrong with its text.
+    QString GetFileProblem() const;
+
+    // Gives a global variable one of its values, as choosing it in the window
+    // does. Returns what is wrong when the file has no variable of that name
+    // or the variable has no such value, and then changes nothing.
+    QString SetVariableValue(const QString& name, unsigned char value);
+    void SetMixerInputPortName(const QString& name);
+    void SetMixerOutputPortName(const QString& name);
+
+    // Replays the input on the port named as a rule names it. With explain,
+    // each write is followed by what it says and the rule that made it.
+    void Run(const QString& inputPort, bool explain, std::istream& input);
+
+private:
+    QString fileProblem;
+    cSystemMIDIConfigurationMemory* ports;
+    cMIDITranslatorConfiguration* configuration;
 };
 
 #endif

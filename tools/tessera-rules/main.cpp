@@ -20,24 +20,38 @@ const int EXIT_USAGE = 2;
     "tessera-rules replay FILE --in PORT [--set NAME=VALUE]... [--mixer-in NAME] [--mixer-out NAME] [--explain]\n"
 
 #define CHECK_TEXT \
-    "Loads each rule file as Tessera does and prints every error the load reports,\n" \
-    "the rules it rejected, and a summary: virtual ports, aliases, variables and\n" \
-    "rules accepted, rules and variables rejected. A JSON syntax error is shown\n" \
-    "with its line and column.\n"
+    "Loads each rule file as Tessera does and says what the load would not, each\n" \
+    "finding once, as FILE: PLACE: error: or warning: and what to do, PLACE being a\n" \
+    "JSON path such as rules[3] with the rule's name. Errors are the variables and\n" \
+    "rules that loading leaves out, with the reason: which member is missing or of\n" \
+    "the wrong type, which token is malformed, which variable is unknown, which\n" \
+    "local variable is captured twice. Warnings are what makes a file do other\n" \
+    "than it seems to: unknown keys (with the key likely meant), members of the\n" \
+    "wrong type that loading skips, alias types other than \"input\" and \"output\",\n" \
+    "rule ports that name neither a virtual port nor an alias of the file, the\n" \
+    "traps of the MIDI string language (a lone digit such as F, \"*k*n\", a local\n" \
+    "variable read from the upper half as in \"9x\", a string that does not begin\n" \
+    "with a status byte), rules on one port that fire for each other's messages\n" \
+    "or not for their own, and rules that duplicate another. A summary line ends\n" \
+    "each file. A JSON syntax error is shown with its line and column.\n"
 
 #define REPLAY_TEXT \
-    "Loads FILE, sets the given global variables (VALUE decimal or 0x hexadecimal)\n" \
-    "and mixer ports, then reads standard input line by line. Each line holds MIDI\n" \
-    "bytes in hexadecimal separated by blanks ('#' starts a comment) and arrives as\n" \
-    "one read of the input PORT, named as a rule names it (\"Mixer In\" goes through\n" \
-    "the file's alias). Running status carries over from line to line. Every write\n" \
-    "to an outgoing port is printed as the port's real name, a tab and the bytes.\n" \
-    "Lines that are not hexadecimal bytes are reported on standard error and skipped.\n" \
-    "With --explain every write is followed by a line of its own: a tab, what the\n" \
-    "bytes say (\"CC 7 = 100, ch 3\"), a tab, and the rule that made them with the\n" \
-    "values its local variables took from the matched message, in hexadecimal.\n"
+    "Loads FILE, sets the given global variables and mixer ports, then reads\n" \
+    "standard input line by line. --set names a variable by its letter, as rules\n" \
+    "do, and gives it one of its values (decimal or 0x hexadecimal), as choosing\n" \
+    "it in Tessera's window does; a name that is no variable of FILE, or a value\n" \
+    "the variable does not have, is a usage error. Each line holds MIDI bytes as\n" \
+    "pairs of hexadecimal digits, alone or in groups separated by blanks (\"B0 07\n" \
+    "7F\" or \"B0077F\"; '#' starts a comment), and arrives as one read of the\n" \
+    "input PORT, named as a rule names it (\"Mixer In\" goes through the file's\n" \
+    "alias). Running status carries over from line to line. Every write to an\n" \
+    "outgoing port is printed as the port's real name, a tab and the bytes. Other\n" \
+    "lines are reported on standard error and skipped. With --explain every write\n" \
+    "is followed by a line of its own: a tab, what the bytes say (\"CC 7 = 100,\n" \
+    "ch 3\"), a tab, and the rule that made them with the values its local\n" \
+    "variables took from the matched message, in hexadecimal.\n"
 
-#define CHECK_EXIT_STATUS "0 if every file loaded with nothing rejected, 1 if not, 2 for a usage error.\n"
+#define CHECK_EXIT_STATUS "0 if every file is clean (nothing left out, no warning), 1 if not, 2 for a usage error.\n"
 #define REPLAY_EXIT_STATUS "0 if the input was replayed, 1 if FILE is unusable, 2 for a usage error.\n"
 
 #define CHECK_EXAMPLE "  tessera-rules check Resources/Maps/tx16_generic_cc.json\n"
@@ -49,6 +63,7 @@ const char* const GENERAL_HELP =
     "Usage: " CHECK_USAGE
     "  or:  " REPLAY_USAGE
     "  or:  tessera-rules COMMAND --help\n"
+    "  or:  tessera-rules --version\n"
     "Checks Tessera rule files before a show, or replays MIDI through one, with\n"
     "Tessera's own translator over in-memory ports: no MIDI service and no\n"
     "network are needed.\n"
@@ -127,22 +142,27 @@ int Replay(const QStringList& arguments)
         std::cout << REPLAY_HELP;
         return 0;
     }
-    cRuleReplay::sOptions options;
+    QString file;
+    QString inputPort;
+    QString mixerInputPort;
+    QString mixerOutputPort;
+    QStringList settings;
+    bool explain = false;
     for (int index = 0; index < arguments.size(); ++index)
     {
         const QString& argument = arguments.at(index);
         if (argument == QLatin1String("--explain"))
         {
-            options.explain = true;
+            explain = true;
             continue;
         }
         if (!argument.startsWith(QLatin1String("--")))
         {
-            if (!options.file.isEmpty())
+            if (!file.isEmpty())
             {
                 return UsageError(QStringLiteral("replay takes one FILE"), REPLAY_HELP);
             }
-            options.file = argument;
+            file = argument;
             continue;
         }
         if (index + 1 >= arguments.size())
@@ -152,37 +172,62 @@ int Replay(const QStringList& arguments)
         const QString value = arguments.at(++index);
         if (argument == QLatin1String("--in"))
         {
-            options.inputPort = value;
+            inputPort = value;
         }
         else if (argument == QLatin1String("--mixer-in"))
         {
-            options.mixerInputPort = value;
+            mixerInputPort = value;
         }
         else if (argument == QLatin1String("--mixer-out"))
         {
-            options.mixerOutputPort = value;
+            mixerOutputPort = value;
         }
         else if (argument == QLatin1String("--set"))
         {
-            const int equals = value.indexOf(QLatin1Char('='));
-            unsigned char byte = 0;
-            if (equals <= 0 || !ParseByte(value.mid(equals + 1), byte))
-            {
-                return UsageError(QStringLiteral("--set wants NAME=VALUE with a VALUE from 0 to 255, not \"%1\"").arg(value),
-                                  REPLAY_HELP);
-            }
-            options.variableValues.append({value.left(equals), byte});
+            settings.append(value);
         }
         else
         {
             return UsageError(QStringLiteral("unknown option %1").arg(argument), REPLAY_HELP);
         }
     }
-    if (options.file.isEmpty() || options.inputPort.isEmpty())
+    if (file.isEmpty() || inputPort.isEmpty())
     {
         return UsageError(QStringLiteral("replay needs a FILE and --in PORT"), REPLAY_HELP);
     }
-    return cRuleReplay::Run(options, std::cin);
+
+    cRuleReplay replay(file);
+    if (!replay.GetFileProblem().isEmpty())
+    {
+        std::cerr << qPrintable(replay.GetFileProblem()) << std::endl;
+        return 1;
+    }
+    // Whether a name and a value are the file's can only be told once it is loaded.
+    for (const QString& setting : settings)
+    {
+        const int equals = setting.indexOf(QLatin1Char('='));
+        unsigned char byte = 0;
+        if (equals <= 0 || !ParseByte(setting.mid(equals + 1), byte))
+        {
+            return UsageError(QStringLiteral("--set wants NAME=VALUE with a VALUE from 0 to 255, not \"%1\"").arg(setting),
+                              REPLAY_HELP);
+        }
+        const QString problem = replay.SetVariableValue(setting.left(equals), byte);
+        if (!problem.isEmpty())
+        {
+            return UsageError(QStringLiteral("--set %1: %2").arg(setting, problem), REPLAY_HELP);
+        }
+    }
+    if (!mixerInputPort.isEmpty())
+    {
+        replay.SetMixerInputPortName(mixerInputPort);
+    }
+    if (!mixerOutputPort.isEmpty())
+    {
+        replay.SetMixerOutputPortName(mixerOutputPort);
+    }
+    replay.Run(inputPort, explain, std::cin);
+    return 0;
 }
 }
 
@@ -202,6 +247,11 @@ int main(int argc, char* argv[])
     if (command == QLatin1String("--help") || command == QLatin1String("-h"))
     {
         std::cout << GENERAL_HELP;
+        return 0;
+    }
+    if (command == QLatin1String("--version"))
+    {
+        std::cout << "tessera-rules " TESSERA_VERSION_STRING "\n";
         return 0;
     }
     return UsageError(command.isEmpty() ? QStringLiteral("no command given")
