@@ -17,7 +17,11 @@ if [[ ${2:-} == deb ]]; then
         x11_fail "cpack failed: $(cat "$X11_WORK/cpack.log")"
     package=$(echo "$X11_WORK"/package/tessera_*.deb)
     depends=$(dpkg-deb -f "$package" Depends)
-    dependencies=(libqt5widgets5 libqt5svg5)
+    if [[ ${TESSERA_QT:-5} == 6 ]]; then
+        dependencies=(libqt6widgets6 libqt6svg6 qt6-qpa-plugins)
+    else
+        dependencies=(libqt5widgets5 libqt5svg5)
+    fi
     [[ -n ${TESSERA_BUILT_WITHOUT_ALSA:-} ]] || dependencies+=(libasound2)
     for dependency in "${dependencies[@]}"; do
         [[ $depends == *"$dependency"* ]] || x11_fail "the package does not depend on $dependency: $depends"

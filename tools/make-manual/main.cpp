@@ -8,7 +8,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPageLayout>
@@ -60,10 +59,11 @@ void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal te
     format.setHeight(image.height() * width / image.width());
 }
 
-// The Markdown reader marks code with the platform's fixed-width font, which
-// the offscreen platform that renders the manual reports as a proportional
-// one; code is set in a real monospace face instead, and code blocks are
-// indented and shaded so that commands stand out from the prose.
+// Of all text, the Markdown reader gives only code a font family: the
+// platform's fixed-width font, which the offscreen platform that renders the
+// manual reports as a proportional one; code is set in a real monospace face
+// instead, and code blocks are indented and shaded so that commands stand out
+// from the prose.
 void AdjustFormats(QTextDocument& document, qreal textWidth)
 {
     // Tables come with a doubled frame and no room in their cells.
@@ -81,7 +81,6 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
         table->setFormat(tableFormat);
     }
 
-    const QString platformFixedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
     QTextCursor cursor(&document);
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
     {
@@ -103,8 +102,8 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
                 FitImageToWidth(document, imageFormat, textWidth);
                 format = imageFormat;
             }
-            else if (format.fontFamily() == platformFixedFamily)
-                format.setFontFamily(QStringLiteral("DejaVu Sans Mono"));
+            else if (format.hasProperty(QTextFormat::FontFamilies))
+                format.setFontFamilies({QStringLiteral("DejaVu Sans Mono")});
             else
                 continue;
             cursor.setPosition(fragment.position());
