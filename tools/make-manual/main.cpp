@@ -4,8 +4,10 @@
 //   make-manual MANUAL.md OUTPUT.pdf
 //
 // Images are looked up relative to the Markdown file and scaled down to the
-// text width, so screenshots of any size fit the page.
+// text width, so screenshots of any size fit the page. With SOURCE_DATE_EPOCH
+// set, the PDF carries that date instead of the time it was made.
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -113,6 +115,35 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
     }
 }
 
+// The PDF writer dates the document with the current time. A build that
+// gives a date of its own (SOURCE_DATE_EPOCH, as reproducible builds do) gets
+// it written over that one, in UTC and so with the same length, which keeps
+// the file's table of byte offsets true.
+bool StampCreationDate(const QString& path)
+{
+    bool isNumber = false;
+    const qint64 epoch = qEnvironmentVariable("SOURCE_DATE_EPOCH").toLongLong(&isNumber);
+    if (!isNumber)
+        return true;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite))
+    {
+        std::fprintf(stderr, "make-manual: cannot rewrite %s\n", qPrintable(path));
+        return false;
+    }
+    const QByteArray pdf = file.readAll();
+    const QByteArray key = "/CreationDate (D:";
+    const QByteArray date =
+        QDateTime::fromSecsSinceEpoch(epoch, Qt::UTC).toString(QStringLiteral("yyyyMMddHHmmss'Z)'")).toLatin1();
+    const auto at = pdf.indexOf(key);
+    if (at < 0 || pdf.mid(at + key.size() + date.size() - 2, 2) != "Z)")
+    {
+        std::fprintf(stderr, "make-manual: %s has no creation date in UTC\n", qPrintable(path));
+        return false;
+    }
+    return file.seek(at + key.size()) && file.write(date) == date.size();
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -146,5 +177,5 @@ int main(int argc, char* argv[])
     AdjustFormats(document, paintRect.width() * 0.8);
 
     document.print(&writer);
-    return 0;
+    return StampCreationDate(arguments.at(2)) ? 0 : 1;
 }
