@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Builds the Debian package twice as a packager would, with no date given, and
 # checks it with lintian. The two must be the same bytes (the file dates come
-# from the build, not from the clock), and lintian must report no error; every
+# from the build, not from the clock), and lintian must report no error, nor,
+# for a build with Debian's hardening flags, a program without them; every
 # other tag it reports is printed. Exits 77 (skipped) when lintian or cpack's
 # tools are missing.
-#   lintian.sh BUILD_DIR
+#   lintian.sh BUILD_DIR [hardened]
 set -uo pipefail
-build=$1
+build=$1 hardened=${2:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -26,4 +27,6 @@ cmp "$package" "$work/2/${package##*/}" || { echo "FAIL: two packs of the same b
 report=$(lintian --display-info --display-experimental --pedantic --tag-display-limit 0 "$package" 2>&1)
 echo "$report"
 ! grep -q '^E: ' <<<"$report" || { echo "FAIL: lintian reports errors"; exit 1; }
+[[ -z $hardened ]] || ! grep -q ' hardening-no-' <<<"$report" ||
+    { echo "FAIL: programs are built without Debian's hardening flags"; exit 1; }
 echo "PASS: $(basename "$package") packs to the same bytes twice, and lintian reports no error"

@@ -134,7 +134,7 @@ bool StampCreationDate(const QString& path)
     const QByteArray pdf = file.readAll();
     const QByteArray key = "/CreationDate (D:";
     const QByteArray date =
-        QDateTime::fromSecsSinceEpoch(epoch, Qt::UTC).toString(QStringLiteral("yyyyMMddHHmmss'Z)'")).toLatin1();
+        QDateTime::fromSecsSinceEpoch(epoch).toUTC().toString(QStringLiteral("yyyyMMddHHmmss'Z)'")).toLatin1();
     const auto at = pdf.indexOf(key);
     if (at < 0 || pdf.mid(at + key.size() + date.size() - 2, 2) != "Z)")
     {
