@@ -26,6 +26,8 @@
 #include <QStatusBar>
 #include <QUrl>
 
+#include <utility>
+
 namespace
 {
 const QString DEFAULT_UNIT_IP_ADDRESS = QStringLiteral("192.168.1.1");
@@ -95,7 +97,7 @@ void cMainWindow::CreateMixerTypeComboBox()
 {
     QStringList mixerNames = mixerDawMap.GetMixerNames();
     mixerNames.sort(Qt::CaseSensitive);
-    for (const QString& mixerName : qAsConst(mixerNames))
+    for (const QString& mixerName : std::as_const(mixerNames))
     {
         ui->mMixerTypeComboBox->addItem(mixerName, cMultiUnitFinder::GetFindStringForMixer(mixerName));
     }
@@ -304,7 +306,7 @@ void cMainWindow::SetMIDITranslatorMIDIChannelVariable(unsigned char channel)
             channelVariableNames.append(variable.GetVariableName());
         }
     }
-    for (const QString& variableName : qAsConst(channelVariableNames))
+    for (const QString& variableName : std::as_const(channelVariableNames))
     {
         translatorConfiguration->SetVariableValue(variableName, channel);
     }

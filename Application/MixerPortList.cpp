@@ -6,6 +6,8 @@
 #include <QSettings>
 #include <QSignalBlocker>
 
+#include <utility>
+
 namespace
 {
 const QString NO_PORT_ENTRY = QStringLiteral("-");
@@ -30,7 +32,7 @@ void cMixerPortList::Repopulate(QStringList portNames, const QString& settingsKe
     const QSignalBlocker blocker(comboBox);
     comboBox->clear();
     comboBox->addItem(NO_PORT_ENTRY);
-    for (const QString& portName : qAsConst(portNames))
+    for (const QString& portName : std::as_const(portNames))
     {
         comboBox->addItem(portName, portName);
     }

@@ -5,6 +5,8 @@
 #include "Common/MIDI/MIDITrafficListener.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
 
+#include <utility>
+
 cMIDIInputMatcher::cMIDIInputMatcher(QString inputName, cSystemMIDIConfiguration* configuration,
                                      cMIDIMatchTriggerListener* listener, QObject* parent)
     : QObject(parent),
@@ -100,7 +102,7 @@ void cMIDIInputMatcher::ProcessBytesTellingListener()
     {
         completedMessages.clear();
         messageSplitter.Feed(byte, completedMessages);
-        for (const QByteArray& message : qAsConst(completedMessages))
+        for (const QByteArray& message : std::as_const(completedMessages))
         {
             trafficListener->MIDIMessageRead(inputName, message);
         }

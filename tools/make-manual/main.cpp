@@ -4,11 +4,12 @@
 //   make-manual MANUAL.md OUTPUT.pdf
 //
 // Images are looked up relative to the Markdown file and scaled down to the
-// text width, so screenshots of any size fit the page.
+// text width, so screenshots of any size fit the page. With SOURCE_DATE_EPOCH
+// set, the PDF carries that date instead of the time it was made.
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPageLayout>
@@ -60,10 +61,11 @@ void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal te
     format.setHeight(image.height() * width / image.width());
 }
 
-// The Markdown reader marks code with the platform's fixed-width font, which
-// the offscreen platform that renders the manual reports as a proportional
-// one; code is set in a real monospace face instead, and code blocks are
-// indented and shaded so that commands stand out from the prose.
+// Of all text, the Markdown reader gives only code a font family: the
+// platform's fixed-width font, which the offscreen platform that renders the
+// manual reports as a proportional one; code is set in a real monospace face
+// instead, and code blocks are indented and shaded so that commands stand out
+// from the prose.
 void AdjustFormats(QTextDocument& document, qreal textWidth)
 {
     // Tables come with a doubled frame and no room in their cells.
@@ -81,7 +83,6 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
         table->setFormat(tableFormat);
     }
 
-    const QString platformFixedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
     QTextCursor cursor(&document);
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
     {
@@ -103,8 +104,8 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
                 FitImageToWidth(document, imageFormat, textWidth);
                 format = imageFormat;
             }
-            else if (format.fontFamily() == platformFixedFamily)
-                format.setFontFamily(QStringLiteral("DejaVu Sans Mono"));
+            else if (format.hasProperty(QTextFormat::FontFamilies))
+                format.setFontFamilies({QStringLiteral("DejaVu Sans Mono")});
             else
                 continue;
             cursor.setPosition(fragment.position());
@@ -112,6 +113,35 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
             cursor.setCharFormat(format);
         }
     }
+}
+
+// The PDF writer dates the document with the current time. A build that
+// gives a date of its own (SOURCE_DATE_EPOCH, as reproducible builds do) gets
+// it written over that one, in UTC and so with the same length, which keeps
+// the file's table of byte offsets true.
+bool StampCreationDate(const QString& path)
+{
+    bool isNumber = false;
+    const qint64 epoch = qEnvironmentVariable("SOURCE_DATE_EPOCH").toLongLong(&isNumber);
+    if (!isNumber)
+        return true;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite))
+    {
+        std::fprintf(stderr, "make-manual: cannot rewrite %s\n", qPrintable(path));
+        return false;
+    }
+    const QByteArray pdf = file.readAll();
+    const QByteArray key = "/CreationDate (D:";
+    const QByteArray date =
+        QDateTime::fromSecsSinceEpoch(epoch).toUTC().toString(QStringLiteral("yyyyMMddHHmmss'Z)'")).toLatin1();
+    const auto at = pdf.indexOf(key);
+    if (at < 0 || pdf.mid(at + key.size() + date.size() - 2, 2) != "Z)")
+    {
+        std::fprintf(stderr, "make-manual: %s has no creation date in UTC\n", qPrintable(path));
+        return false;
+    }
+    return file.seek(at + key.size()) && file.write(date) == date.size();
 }
 
 } // namespace
@@ -147,5 +177,5 @@ int main(int argc, char* argv[])
     AdjustFormats(document, paintRect.width() * 0.8);
 
     document.print(&writer);
-    return 0;
+    return StampCreationDate(arguments.at(2)) ? 0 : 1;
 }
