@@ -67,13 +67,12 @@ void cMIDIInputMatcher::MIDIReadReady()
     {
         return;
     }
-    QByteArray data;
-    midiInput->ReadMIDIData(data);
-    if (data.isEmpty())
+    midiInput->ReadMIDIData(readData);
+    if (readData.isEmpty())
     {
         return;
     }
-    readBytes.assign(data.constBegin(), data.constEnd());
+    readBytes.assign(readData.constBegin(), readData.constEnd());
     runningStatusFixer.FixRunningStatus(readBytes, expandedBytes);
     if (trafficListener)
     {
