@@ -426,6 +426,21 @@ private slots:
         button("Clear")->click();
         QCOMPARE(rows->rowCount(), 0);
 
+        // A dump longer than a message is kept comes out cut, the rest of it
+        // dropped; on screen its row shows only its start, a saved file all
+        // the row holds.
+        const QByteArray dump = QByteArray::fromHex("F07D") + QByteArray(300000, '\x11') + QByteArray::fromHex("F7");
+        t.Port("Desk")->ReceiveMIDIData(dump + QByteArray::fromHex("C105"));
+        QTRY_COMPARE(rows->rowCount(), 2);
+        QCOMPARE(rows->index(0, cMIDIMonitorModel::BYTES_COLUMN).data().toString(),
+            "F0 7D" + QString(" 11").repeated(30) + " ... 262144 bytes");
+        QCOMPARE(rows->index(0, cMIDIMonitorModel::MESSAGE_COLUMN).data().toString(), "SysEx 262144 bytes, cut short");
+        QCOMPARE(rowsWithoutTime(1), QStringList({"in\tDesk (Mixer In)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
+        QTemporaryDir dumpDirectory;
+        QVERIFY(monitor->SaveToFile(dumpDirectory.filePath("dump.txt")));
+        QCOMPARE(ReadFile(dumpDirectory.filePath("dump.txt")).split('\t').at(3), dump.left(262144).toHex(' ').toUpper());
+        button("Clear")->click();
+
         // One burst, far more than the history holds: the newest rows stay,
         // and the list follows them.
         QByteArray burst;
