@@ -501,6 +501,14 @@ private slots:
         stageLeft.Input("B1 07 55");
         QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("91 01 55"));
 
+        // Unticked by hand, the list shows at once who answered meanwhile.
+        t.Connect()->click();
+        QCOMPARE(Items(t.Units()), QStringList({CUSTOM_UNIT_STRING, "Stage Left", "Stage Right"}));
+        QCOMPARE(t.Units()->currentText(), QStringLiteral("Stage Left"));
+        QVERIFY(stageLeft.WaitForLine("^disconnected"));
+        t.Connect()->click();
+        QTRY_COMPARE(t.Status(), QStringLiteral("Connected"));
+
         t.MIDIPorts()->click();
         QVERIFY(!t.Connect()->isChecked());
         QVERIFY(t.Units()->isEnabled());
