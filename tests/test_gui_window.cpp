@@ -12,6 +12,7 @@
 #include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
+#include "support/PrivateNetwork.h"
 #include "support/TestHelpers.h"
 
 #include <QAction>
@@ -152,6 +153,11 @@ public:
 class cTestGuiWindow : public QObject
 {
     Q_OBJECT
+
+public:
+    // The window broadcasts to find mixers, and a mixer comes back at an
+    // address besides loopback.
+    static void initMain() { RequirePrivateNetwork(); }
 
 private slots:
     void initTestCase()

@@ -4,6 +4,7 @@
 # of it is torn down when the check ends, however it ends.
 
 set -uo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
 
 X11_TIMEOUT=${X11_TIMEOUT:-20}
 X11_WORK=$(mktemp -d)
@@ -18,6 +19,12 @@ x11_cleanup() {
     rm -rf "$X11_WORK"
 }
 trap x11_cleanup EXIT
+
+# Tessera searches the network for mixers as soon as it runs in a tray: a
+# check that lets it get that far calls this first.
+x11_require_private_network() {
+    tessera_require_private_network "$(basename "$0")"
+}
 
 x11_fail() {
     echo "FAIL: $*" >&2
