@@ -1,6 +1,7 @@
 #include "Application/ApplicationStrings.h"
 #include "Application/DebugTrace.h"
 #include "Application/MainWindow.h"
+#include "Application/SingleInstance.h"
 #ifdef TESSERA_ALSA
 #include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #else
@@ -9,10 +10,42 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QStandardPaths>
 #include <QSystemTrayIcon>
+
+#include <cstdio>
+#include <cstring>
 
 namespace
 {
+const char* const USAGE = "Usage: tessera [--help | --version]\n";
+const char* const HELP =
+    "Controls a DAW from a digital mixing console, and the console from the DAW,\n"
+    "from the system tray. Started while it runs, it shows the running Tessera's\n"
+    "preferences window and ends.\n"
+    "\n"
+    "  --help     print this and end\n"
+    "  --version  print the version and end\n";
+
+// Tessera has no options of its own; these are answered with no display and
+// without a word to a running Tessera. Returns the exit status.
+int AnswerArguments(int argc, char* argv[])
+{
+    if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
+    {
+        std::fputs(USAGE, stdout);
+        std::fputs(HELP, stdout);
+        return 0;
+    }
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0)
+    {
+        std::printf("Tessera %s\n", TESSERA_VERSION_STRING);
+        return 0;
+    }
+    std::fprintf(stderr, "tessera: unknown argument: %s\n%s", argv[1], USAGE);
+    return 2;
+}
+
 cSystemMIDIConfiguration* NewSystemMIDIConfiguration()
 {
 #ifdef TESSERA_ALSA
@@ -28,6 +61,11 @@ cSystemMIDIConfiguration* NewSystemMIDIConfiguration()
 
 int main(int argc, char* argv[])
 {
+    if (argc > 1)
+    {
+        return AnswerArguments(argc, argv);
+    }
+
     Q_INIT_RESOURCE(MIDITranslator);
 
     // These three place the per-user settings store.
@@ -36,6 +74,12 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
 
     QApplication application(argc, argv);
+
+    cSingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
+    if (!instance.Claim())
+    {
+        return 0;
+    }
 
     // The tray menu is the program's only way to be shown or quit.
     if (!QSystemTrayIcon::isSystemTrayAvailable())
@@ -52,6 +96,8 @@ int main(int argc, char* argv[])
     {
         cMainWindow mainWindow(NewSystemMIDIConfiguration());
         mainWindow.setWindowFlags(Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint);
+        // As a double click on the tray icon does.
+        QObject::connect(&instance, &cSingleInstance::ShowRequested, &mainWindow, &cMainWindow::ShowPreferences);
         result = application.exec();
     }
     return result;
