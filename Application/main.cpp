@@ -9,9 +9,11 @@
 #endif
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QMessageBox>
 #include <QStandardPaths>
 #include <QSystemTrayIcon>
+#include <QThread>
 
 #include <cstdio>
 #include <cstring>
@@ -22,10 +24,14 @@ const char* const USAGE = "Usage: tessera [--help | --version]\n";
 const char* const HELP =
     "Controls a DAW from a digital mixing console, and the console from the DAW,\n"
     "from the system tray. Started while it runs, it shows the running Tessera's\n"
-    "preferences window and ends.\n"
+    "preferences window and ends. It waits up to 30 seconds for a system tray.\n"
     "\n"
     "  --help     print this and end\n"
     "  --version  print the version and end\n";
+
+// At login the desktop may start us before its tray is there.
+const int TRAY_WAIT_MS = 30000;
+const int TRAY_CHECK_INTERVAL_MS = 500;
 
 // Tessera has no options of its own; these are answered with no display and
 // without a word to a running Tessera. Returns the exit status.
@@ -44,6 +50,21 @@ int AnswerArguments(int argc, char* argv[])
     }
     std::fprintf(stderr, "tessera: unknown argument: %s\n%s", argv[1], USAGE);
     return 2;
+}
+
+bool WaitForSystemTray()
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (!QSystemTrayIcon::isSystemTrayAvailable())
+    {
+        if (waited.elapsed() >= TRAY_WAIT_MS)
+        {
+            return false;
+        }
+        QThread::msleep(TRAY_CHECK_INTERVAL_MS);
+    }
+    return true;
 }
 
 cSystemMIDIConfiguration* NewSystemMIDIConfiguration()
@@ -81,8 +102,9 @@ int main(int argc, char* argv[])
         return 0;
     }
 
-    // The tray menu is the program's only way to be shown or quit.
-    if (!QSystemTrayIcon::isSystemTrayAvailable())
+    // The tray menu is the program's only way to be shown or quit. Nothing is
+    // shown while we wait for one; a later start's request waits with us.
+    if (!WaitForSystemTray())
     {
         QMessageBox::critical(nullptr, QObject::tr("Systray"),
             QObject::tr("Could not detect any system tray on this system"), QMessageBox::Ok);
