@@ -1,4 +1,5 @@
-// Two USB MIDI interfaces of one model as the mixer's ports. They are USB gadgets (the MIDI gadget function) on
+// Two USB MIDI interfaces of one model as the mixer's ports, and one that
+// another program holds. They are USB gadgets (the MIDI gadget function) on
 // the kernel's dummy USB controllers, which its USB audio driver sees as two
 // devices named alike, "Stage Box:Stage Box MIDI 1"; the console plays on the
 // gadget's own raw MIDI device, the other end of the cable. Unplugging is
@@ -68,6 +69,14 @@ public:
         return std::make_unique<sVirtualRawMIDI>(card.section(QStringLiteral("card"), -1).toInt(), 0);
     }
 
+    // The computer's end: the raw device of the interface's sound card.
+    QString ComputerDevice() const
+    {
+        const QRegularExpression card(
+            QStringLiteral("^ *(\\d+) \\[[^\\n]*\\n[^\\n]*usb-dummy_hcd\\.%1-").arg(number), QRegularExpression::MultilineOption);
+        return QStringLiteral("/dev/snd/midiC%1D0").arg(card.match(ReadFile(QStringLiteral("/proc/asound/cards"))).captured(1));
+    }
+
 private:
     int number;
     QString gadget;
@@ -80,7 +89,7 @@ class tAlsaUSBInterfaces : public QObject
     Q_OBJECT
 
     cSequencerPeerALSA daw{"Test DAW"};
-    int sequencer = daw.CreatePort("Sequencer");
+    int sequencer = daw.IsOpen() ? daw.CreatePort("Sequencer") : -1;
     snd_seq_addr_t ours = {};
     std::unique_ptr<cUSBInterface> first;
     std::unique_ptr<cUSBInterface> second;
@@ -106,6 +115,10 @@ class tAlsaUSBInterfaces : public QObject
 private slots:
     void initTestCase()
     {
+        if (!daw.IsOpen())
+        {
+            QSKIP("needs the ALSA sequencer");
+        }
         QProcess::execute(QStringLiteral("modprobe"), {QStringLiteral("dummy_hcd"), QStringLiteral("num=2")});
         QProcess::execute(QStringLiteral("modprobe"), {QStringLiteral("-a"), QStringLiteral("libcomposite"),
             QStringLiteral("usb_f_midi"), QStringLiteral("snd-usb-audio"), QStringLiteral("snd-seq-midi")});
@@ -148,6 +161,36 @@ private slots:
         QVERIFY(first->Unplug() && InterfacesBecome(1));
         TrafficGoesThrough(*second);
         QVERIFY(second->Unplug() && InterfacesBecome(0));
+    }
+
+    // Another program holds the interface when it is first written to: the
+    // refusal is said once, and the subscription made on a later write
+    // carries the traffic, said once too.
+    void RefusedSubscriptionIsTriedAgain()
+    {
+        QVERIFY(first->Plug() && InterfacesBecome(1));
+        const std::unique_ptr<sVirtualRawMIDI> console = first->Console();
+        QFile holder(first->ComputerDevice());
+        QVERIFY2(holder.open(QIODevice::WriteOnly | QIODevice::Unbuffered), qPrintable(holder.fileName()));
+        const QStringList refused = ErrorLinesOf([&] {
+            for (int write = 0; write < 3; ++write)
+            {
+                daw.Send(sequencer, ours, QByteArray::fromHex("923C7F"));
+                QCOMPARE(console->Read(3, 600), QByteArray());
+            }
+        });
+        QCOMPARE(refused, QStringList({ErrorFrom("Common/MIDI/ALSA/MIDIOutputALSA.cpp",
+            "ALSA sequencer refused a subscription to \"" + INTERFACE
+                + "\": Resource temporarily unavailable; tried again as MIDI is sent")}));
+
+        holder.close();
+        QTest::qWait(1100);
+        cStdoutCapture capture;
+        daw.Send(sequencer, ours, QByteArray::fromHex("923C7F"));
+        QCOMPARE(console->Read(3).toHex(' '), QByteArray("b2 3c 7f"));
+        QCOMPARE(WithoutLineNumbers(capture.Lines()), QStringList({
+            "ALSA sequencer took the subscription to \"" + INTERFACE + "\" now\t(Common/MIDI/ALSA/MIDIOutputALSA.cpp)"}));
+        QVERIFY(first->Unplug() && InterfacesBecome(0));
     }
 };
 
