@@ -7,8 +7,8 @@
 #include "Application/MIDIMonitorWindow.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "bench/WidgetBenchmarkMain.h"
 
-#include <QApplication>
 #include <QTreeView>
 
 #include <benchmark/benchmark.h>
@@ -50,14 +50,4 @@ void BM_MonitorRepaint(benchmark::State& state)
 BENCHMARK(BM_MonitorRepaint)->ArgName("bytes")->Arg(3)->Arg(4 << 10)->Arg(64 << 10)->Arg(256 << 10)
     ->Unit(benchmark::kMillisecond);
 
-int main(int argc, char** argv)
-{
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-    {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}
+TESSERA_WIDGET_BENCHMARK_MAIN()
