@@ -9,7 +9,7 @@ x11_start_display
 x11_start_tessera "$1"
 started=$SECONDS
 
-box=$(X11_TIMEOUT=45 x11_wait_toplevel Systray) || x11_fail "no \"Systray\" message box"
+box=$(X11_TIMEOUT=45 x11_wait_toplevel Systray) || x11_fail "no \"Systray\" message box: $(cat "$X11_WORK/tessera.log")"
 ((SECONDS - started >= 29)) || x11_fail "the message came after $((SECONDS - started)) s, not after 30 s"
 [[ $(x11_toplevels | wc -l) == 1 ]] || x11_fail "more than the message box is shown"
 # The box's only button is its default one. Without a window manager nothing
