@@ -59,7 +59,10 @@ public:
     }
 
     bool IsCreated() const { return created; }
-    bool Plug() { return WriteFile(gadget + QStringLiteral("UDC"), QStringLiteral("dummy_udc.%1").arg(number).toLatin1()); }
+    bool Plug()
+    {
+        return WriteFile(gadget + QStringLiteral("UDC"), QStringLiteral("dummy_udc.%1").arg(number).toLatin1());
+    }
     bool Unplug() { return WriteFile(gadget + QStringLiteral("UDC"), "\n"); }
 
     // The console's end of the cable.
@@ -72,9 +75,10 @@ public:
     // The computer's end: the raw device of the interface's sound card.
     QString ComputerDevice() const
     {
-        const QRegularExpression card(
-            QStringLiteral("^ *(\\d+) \\[[^\\n]*\\n[^\\n]*usb-dummy_hcd\\.%1-").arg(number), QRegularExpression::MultilineOption);
-        return QStringLiteral("/dev/snd/midiC%1D0").arg(card.match(ReadFile(QStringLiteral("/proc/asound/cards"))).captured(1));
+        const QRegularExpression card(QStringLiteral("^ *(\\d+) \\[[^\\n]*\\n[^\\n]*usb-dummy_hcd\\.%1-").arg(number),
+            QRegularExpression::MultilineOption);
+        const QString cards = QString::fromLatin1(ReadFile(QStringLiteral("/proc/asound/cards")));
+        return QStringLiteral("/dev/snd/midiC%1D0").arg(card.match(cards).captured(1));
     }
 
 private:
@@ -189,7 +193,8 @@ private slots:
         daw.Send(sequencer, ours, QByteArray::fromHex("923C7F"));
         QCOMPARE(console->Read(3).toHex(' '), QByteArray("b2 3c 7f"));
         QCOMPARE(WithoutLineNumbers(capture.Lines()), QStringList({
-            "ALSA sequencer took the subscription to \"" + INTERFACE + "\" now\t(Common/MIDI/ALSA/MIDIOutputALSA.cpp)"}));
+            "ALSA sequencer took the subscription to \"" + INTERFACE
+                + "\" now\t(Common/MIDI/ALSA/MIDIOutputALSA.cpp)"}));
         QVERIFY(first->Unplug() && InterfacesBecome(0));
     }
 };

@@ -116,7 +116,8 @@ private slots:
         QElapsedTimer sinceCut;
         mixer.Cut();
         sinceCut.start();
-        QTRY_VERIFY_WITH_TIMEOUT(!texts.isEmpty() && texts.last().at(0).toString() == QStringLiteral("Not Connected"), 15000);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !texts.isEmpty() && texts.last().at(0).toString() == QLatin1String("Not Connected"), 15000);
         qInfo("noticed after %lld ms", sinceCut.elapsed());
         QTRY_COMPARE(policy.GetState(), stayConnected ? eState::Retrying : eState::Down);
         if (!stayConnected)

@@ -444,7 +444,8 @@ private slots:
         QCOMPARE(rowsWithoutTime(1), QStringList({"in\tDesk (Mixer In)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
         QTemporaryDir dumpDirectory;
         QVERIFY(monitor->SaveToFile(dumpDirectory.filePath("dump.txt")));
-        QCOMPARE(ReadFile(dumpDirectory.filePath("dump.txt")).split('\t').at(3), dump.left(262144).toHex(' ').toUpper());
+        QCOMPARE(ReadFile(dumpDirectory.filePath("dump.txt")).split('\t').at(3),
+            dump.left(262144).toHex(' ').toUpper());
         button("Clear")->click();
 
         // One burst, far more than the history holds: the newest rows stay,

@@ -38,11 +38,13 @@ void cMIDIOutputALSA::Subscribe()
     subscribed = result == 0;
     if (subscribed && refused)
     {
-        DebugTrace(DEBUG_LOCATION, "ALSA sequencer took the subscription to \"%s\" now", name.toLocal8Bit().constData());
+        DebugTrace(DEBUG_LOCATION, "ALSA sequencer took the subscription to \"%s\" now",
+            name.toLocal8Bit().constData());
     }
     else if (!subscribed && !refused)
     {
-        DebugErrTrace(DEBUG_LOCATION, "ALSA sequencer refused a subscription to \"%s\": %s; tried again as MIDI is sent",
+        DebugErrTrace(DEBUG_LOCATION,
+            "ALSA sequencer refused a subscription to \"%s\": %s; tried again as MIDI is sent",
             name.toLocal8Bit().constData(), snd_strerror(result));
     }
     refused = !subscribed;
