@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <iterator>
+#include <limits>
 
 namespace
 {
@@ -17,6 +18,10 @@ const QString NO_RULE_TEXT = QStringLiteral("no rule");
 // pattern reaches, even with other ports' traffic in between, yet short
 // enough that a match whose start was never recorded costs little.
 const size_t MAXIMUM_MATCH_SEARCH_ROWS = 64;
+
+// A row on screen shows the start of a long message only: every repaint
+// formats the visible rows, and a bulk dump would cost it its whole length.
+const int MAXIMUM_SHOWN_BYTES = 32;
 }
 
 cMIDIMonitorModel::cMIDIMonitorModel(cMIDITranslatorConfiguration* configuration, QObject* parent)
@@ -47,7 +52,7 @@ QVariant cMIDIMonitorModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
     // Long NRPN sequences and port names do not fit their columns.
     case Qt::ToolTipRole:
-        return GetCellText(row, index.column());
+        return GetCellText(row, index.column(), MAXIMUM_SHOWN_BYTES);
     case Qt::TextAlignmentRole:
         return index.column() == TIME_COLUMN ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     case Qt::FontRole:
@@ -127,7 +132,7 @@ QString cMIDIMonitorModel::GetRowText(int row) const
     QStringList cells;
     for (int column = 0; column < COLUMN_COUNT; ++column)
     {
-        cells.append(GetCellText(shownRows.at(static_cast<size_t>(row)), column));
+        cells.append(GetCellText(shownRows.at(static_cast<size_t>(row)), column, std::numeric_limits<int>::max()));
     }
     return cells.join(QLatin1Char('\t'));
 }
@@ -166,7 +171,7 @@ void cMIDIMonitorModel::MarkMatchedMessages(size_t matchedByteCount, const QStri
     }
 }
 
-QString cMIDIMonitorModel::GetCellText(const sRow& row, int column) const
+QString cMIDIMonitorModel::GetCellText(const sRow& row, int column, int maximumBytes) const
 {
     switch (column)
     {
@@ -178,7 +183,7 @@ QString cMIDIMonitorModel::GetCellText(const sRow& row, int column) const
         return row.alias.isEmpty() || row.alias == row.port ? row.port
                                                              : QStringLiteral("%1 (%2)").arg(row.port, row.alias);
     case BYTES_COLUMN:
-        return cHexText::Format(row.bytes);
+        return cHexText::FormatAtMost(row.bytes, maximumBytes);
     case MESSAGE_COLUMN:
         return cMIDIMessageDescription::Describe(row.bytes);
     default:

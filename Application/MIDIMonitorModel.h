@@ -53,7 +53,8 @@ public:
     void ShowPendingRows();
     // Forgets every row and starts the clock again.
     void Clear();
-    // A shown row as one line of text, its columns separated by tabs.
+    // A shown row as one line of text, its columns separated by tabs, with
+    // every byte of its message.
     QString GetRowText(int row) const;
 
 private:
@@ -71,7 +72,8 @@ private:
 
     void AddRow(sRow row);
     void MarkMatchedMessages(size_t matchedByteCount, const QString& ruleName);
-    QString GetCellText(const sRow& row, int column) const;
+    // With the bytes in hex up to maximumBytes.
+    QString GetCellText(const sRow& row, int column, int maximumBytes) const;
 
     QPointer<cMIDITranslatorConfiguration> configuration;
     QElapsedTimer clock;

@@ -66,6 +66,7 @@ cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWid
     connect(connectionPolicy, &cTCPMIDIConnectionPolicy::StateChanged, this, &cMainWindow::ShowConnectionState);
     connect(connectionPolicy, &cTCPMIDIConnectionPolicy::ConnectWanted, this,
         [this]() { ui->mConnectCheckBox->setChecked(true); });
+    connect(connectionPolicy, &cTCPMIDIConnectionPolicy::UnitListReleased, this, &cMainWindow::FoundUnitsChanged);
 
     multiUnitFinder = new cMultiUnitFinder(this);
     connect(multiUnitFinder, &cMultiUnitFinder::UnitFound, this, &cMainWindow::FoundUnitsChanged);
@@ -139,7 +140,6 @@ void cMainWindow::CreateUI()
 {
     setWindowIcon(QIcon(QStringLiteral(":/Images/Icon.svg")));
     CreateActions();
-
 
     connect(ui->mConnectCheckBox, &QCheckBox::toggled, this, &cMainWindow::ConnectCheckBoxToggled);
     // Only the user's own clicks: the program unticks it in many flows.

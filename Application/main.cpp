@@ -1,6 +1,7 @@
 #include "Application/ApplicationStrings.h"
 #include "Application/DebugTrace.h"
 #include "Application/MainWindow.h"
+#include "Application/SingleInstance.h"
 #ifdef TESSERA_ALSA
 #include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #else
@@ -8,11 +9,64 @@
 #endif
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QMessageBox>
+#include <QStandardPaths>
 #include <QSystemTrayIcon>
+#include <QThread>
+
+#include <cstdio>
+#include <cstring>
 
 namespace
 {
+const char* const USAGE = "Usage: tessera [--help | --version]\n";
+const char* const HELP =
+    "Controls a DAW from a digital mixing console, and the console from the DAW,\n"
+    "from the system tray. Started while it runs, it shows the running Tessera's\n"
+    "preferences window and ends. It waits up to 30 seconds for a system tray.\n"
+    "\n"
+    "  --help     print this and end\n"
+    "  --version  print the version and end\n";
+
+// At login the desktop may start us before its tray is there.
+const int TRAY_WAIT_MS = 30000;
+const int TRAY_CHECK_INTERVAL_MS = 500;
+
+// Tessera has no options of its own; these are answered with no display and
+// without a word to a running Tessera. Returns the exit status.
+int AnswerArguments(int argc, char* argv[])
+{
+    if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
+    {
+        std::fputs(USAGE, stdout);
+        std::fputs(HELP, stdout);
+        return 0;
+    }
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0)
+    {
+        std::printf("Tessera %s\n", TESSERA_VERSION_STRING);
+        return 0;
+    }
+    std::fprintf(stderr, "tessera: unknown argument: %s\n%s", argv[1], USAGE);
+    return 2;
+}
+
+bool WaitForSystemTray()
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (!QSystemTrayIcon::isSystemTrayAvailable())
+    {
+        if (waited.elapsed() >= TRAY_WAIT_MS)
+        {
+            return false;
+        }
+        QThread::msleep(TRAY_CHECK_INTERVAL_MS);
+    }
+    return true;
+}
+
 cSystemMIDIConfiguration* NewSystemMIDIConfiguration()
 {
 #ifdef TESSERA_ALSA
@@ -28,6 +82,11 @@ cSystemMIDIConfiguration* NewSystemMIDIConfiguration()
 
 int main(int argc, char* argv[])
 {
+    if (argc > 1)
+    {
+        return AnswerArguments(argc, argv);
+    }
+
     Q_INIT_RESOURCE(MIDITranslator);
 
     // These three place the per-user settings store.
@@ -37,8 +96,15 @@ int main(int argc, char* argv[])
 
     QApplication application(argc, argv);
 
-    // The tray menu is the program's only way to be shown or quit.
-    if (!QSystemTrayIcon::isSystemTrayAvailable())
+    cSingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
+    if (!instance.Claim())
+    {
+        return 0;
+    }
+
+    // The tray menu is the program's only way to be shown or quit. Nothing is
+    // shown while we wait for one; a later start's request waits with us.
+    if (!WaitForSystemTray())
     {
         QMessageBox::critical(nullptr, QObject::tr("Systray"),
             QObject::tr("Could not detect any system tray on this system"), QMessageBox::Ok);
@@ -52,6 +118,8 @@ int main(int argc, char* argv[])
     {
         cMainWindow mainWindow(NewSystemMIDIConfiguration());
         mainWindow.setWindowFlags(Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint);
+        // As a double click on the tray icon does.
+        QObject::connect(&instance, &cSingleInstance::ShowRequested, &mainWindow, &cMainWindow::ShowPreferences);
         result = application.exec();
     }
     return result;

@@ -46,6 +46,10 @@ void cTCPMIDIConnectionPolicy::ConnectClicked(bool ticked)
 {
     heldOff = !ticked;
     UpdateState();
+    if (!ticked)
+    {
+        emit UnitListReleased();
+    }
 }
 
 void cTCPMIDIConnectionPolicy::SetStayConnected(bool on)

@@ -48,7 +48,8 @@ public:
     // Connect unticked: the link goes down and nothing is tried again.
     void Disconnect();
     // The user's own click on Connect: unticking holds off connecting by
-    // itself until the user ticks it again or turns Stay Connected on anew.
+    // itself until the user ticks it again or turns Stay Connected on anew,
+    // and lets the unit list go (UnitListReleased).
     void ConnectClicked(bool ticked);
 
     // The option as stored for the mixer type.
@@ -78,6 +79,9 @@ signals:
     void StateChanged(cTCPMIDIConnectionPolicy::eState state);
     // Stay Connected wants the chosen unit connected: the owner ticks Connect.
     void ConnectWanted();
+    // The user has let go of the link: the unit list, kept as it was while
+    // the link was up or kept, is to show what the finder has found by now.
+    void UnitListReleased();
 
 private slots:
     void LinkStateChanged();

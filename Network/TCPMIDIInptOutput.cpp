@@ -1,7 +1,13 @@
 #include "Network/TCPMIDIInptOutput.h"
 
+#include "Application/DebugTrace.h"
+
 #include <QTcpSocket>
 
+#include <cerrno>
+#include <cstring>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 namespace
@@ -10,6 +16,39 @@ namespace
 // socket for the next readyRead.
 const qint64 MAX_READ_SIZE = 1024;
 const int DISCONNECT_WAIT_MS = 1000;
+
+// A mixer that loses power sends no FIN or RST, and on a quiet link nothing
+// else would ever tell: the kernel asks after 2 s of silence, once a second,
+// and gives up after 5 s without an answer, as it does for bytes that go
+// unacknowledged that long (the user timeout also bounds the probes).
+const int KEEPALIVE_IDLE_S = 2;
+const int KEEPALIVE_INTERVAL_S = 1;
+const int KEEPALIVE_PROBES = 3;
+const unsigned int USER_TIMEOUT_MS = 5000;
+
+void DetectVanishedPeer(qintptr descriptor)
+{
+    const int on = 1;
+    const struct
+    {
+        int level;
+        int option;
+        const void* value;
+        socklen_t size;
+    } options[] = {{SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on},
+        {IPPROTO_TCP, TCP_KEEPIDLE, &KEEPALIVE_IDLE_S, sizeof KEEPALIVE_IDLE_S},
+        {IPPROTO_TCP, TCP_KEEPINTVL, &KEEPALIVE_INTERVAL_S, sizeof KEEPALIVE_INTERVAL_S},
+        {IPPROTO_TCP, TCP_KEEPCNT, &KEEPALIVE_PROBES, sizeof KEEPALIVE_PROBES},
+        {IPPROTO_TCP, TCP_USER_TIMEOUT, &USER_TIMEOUT_MS, sizeof USER_TIMEOUT_MS}};
+    for (const auto& option : options)
+    {
+        if (setsockopt(static_cast<int>(descriptor), option.level, option.option, option.value, option.size) != 0)
+        {
+            DebugErrTrace(DEBUG_LOCATION, "Cannot watch the mixer's link for silence: %s", std::strerror(errno));
+            return;
+        }
+    }
+}
 }
 
 cTCPMIDIInptOutput::cTCPMIDIInptOutput(QObject* parent)
@@ -30,6 +69,8 @@ void cTCPMIDIInptOutput::ConnectToHost(QHostAddress address)
     socket = new QTcpSocket(this);
     connect(socket, &QTcpSocket::readyRead, this, &cTCPMIDIInptOutput::TCPRead);
     connect(socket, &QTcpSocket::stateChanged, this, &cTCPMIDIInptOutput::StateChanged);
+    // The socket's own descriptor is known only once connected.
+    connect(socket, &QTcpSocket::connected, this, [this]() { DetectVanishedPeer(socket->socketDescriptor()); });
     socket->connectToHost(hostAddress, MIXER_MIDI_PORT, QIODevice::ReadWrite);
     // Each MIDI message must leave at once, not wait to be coalesced.
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);

@@ -12,8 +12,7 @@
 
 #ifdef TESSERA_BENCH_MONITOR
 #include "Application/MIDIMonitorWindow.h"
-
-#include <QApplication>
+#include "bench/WidgetBenchmarkMain.h"
 #endif
 
 #include <QFile>
@@ -199,18 +198,7 @@ void BM_Dispatch(benchmark::State& state)
 
 #ifdef TESSERA_BENCH_MONITOR
 BENCHMARK(BM_Dispatch)->ArgNames({"chunk", "monitor"})->ArgsProduct({{1, 64}, {0, 1}});
-
-int main(int argc, char** argv)
-{
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-    {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}
+TESSERA_WIDGET_BENCHMARK_MAIN()
 #else
 BENCHMARK(BM_Dispatch)->ArgNames({"chunk", "monitor"})->ArgsProduct({{1, 64}, {0}});
 BENCHMARK_MAIN();

@@ -6,8 +6,8 @@
 #   bash scripts/alsa-vm.sh [--timeout SECONDS] [--] COMMAND [ARG...]
 #
 # The VM boots an installed Debian kernel that has the sound modules, with
-# snd-seq, snd-seq-dummy and snd-virmidi loaded; its module tree and kmod work
-# inside, so a test may unload and load modules. It sees this machine's files
+# snd-seq, snd-seq-dummy and snd-virmidi loaded and configfs mounted; its
+# module tree and kmod work inside, so a test may unload and load modules. It sees this machine's files
 # read-only, the current directory read-write at the same path, a fresh /tmp
 # and /run, devtmpfs on /dev, and the private network of private-network.sh
 # (loopback and a link that leads nowhere). COMMAND runs there as root, in the
@@ -39,7 +39,9 @@ guest_main() {
     mkdir -p /dev/pts /dev/shm
     mount -t devpts devpts /dev/pts
     mount -t tmpfs tmpfs /dev/shm
-    if modprobe -a snd-seq snd-seq-dummy snd-virmidi veth && tessera_private_link; then
+    # Tests plug USB gadgets in as MIDI interfaces; they are made in configfs.
+    if modprobe -a snd-seq snd-seq-dummy snd-virmidi veth configfs && mount -t configfs configfs /sys/kernel/config &&
+        tessera_private_link; then
         source "$GUEST_RUN/environment"
         cd "$(cat "$GUEST_RUN/workdir")"
         echo "$BEGIN_MARK"

@@ -62,10 +62,36 @@ tessera_private_link() {
     ip link set tessera0 up
     ip link set tessera1 up
     ip route add default dev tessera0
-    local links
-    links=$(ip -o link show | awk -F': ' '{ sub(/@.*/, "", $2); print $2 }' | sort | tr '\n' ' ')
-    if [[ $links != "lo tessera0 tessera1 " ]]; then
-        echo "private network: unexpected interfaces: $links" >&2
+    if ! tessera_in_private_network; then
+        echo "private network: unexpected interfaces: $(ip -o link show | awk -F': ' '{ print $2 }' | tr '\n' ' ')" >&2
         return 1
     fi
+}
+
+# Whether this process's network is the one tessera_private_link makes, told
+# by what it holds: exactly loopback and the two ends of one link, each
+# naming the other (an end whose peer lies in another namespace would not),
+# with their IPv4 addresses and no others. Whatever is sent there cannot
+# leave the machine. Tests that send datagrams or connect beyond loopback
+# refuse to run anywhere else.
+tessera_in_private_network() {
+    local links addresses
+    links=$(ip -o link show | awk -F': ' '{ print $2 }' | sort | tr '\n' ' ')
+    addresses=$(ip -o -4 address show | awk '{ print $2 "=" $4 }' | sort | tr '\n' ' ')
+    [[ $links == "lo tessera0@tessera1 tessera1@tessera0 " &&
+        $addresses == "lo=127.0.0.1/8 tessera0=10.213.0.1/24 tessera1=10.213.0.2/24 " ]]
+}
+
+# For test scripts that send datagrams or connect beyond loopback: ends the
+# script with status 1, saying how to run it, unless it runs in the private
+# network. To be called before anything is started.
+tessera_require_private_network() {
+    tessera_in_private_network && return
+    cat >&2 <<MESSAGE
+$1: refused: it sends datagrams or connects beyond loopback, and this is not
+the private network namespace (loopback and tessera0/tessera1 only). Run the
+tests with: bash scripts/test.sh
+or one command inside the namespace: bash scripts/private-network.sh COMMAND...
+MESSAGE
+    exit 1
 }

@@ -5,6 +5,7 @@
 #include "Network/UnitFinder.h"
 
 #include "support/MixerSimProcess.h"
+#include "support/PrivateNetwork.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -53,6 +54,10 @@ bool SameUnits(QList<sUnit> actual, QList<sUnit> expected)
 class TestDiscovery : public QObject
 {
     Q_OBJECT
+public:
+    // The finders broadcast.
+    static void initMain() { RequirePrivateNetwork(); }
+
 private slots:
     void AnyAnswerIsAName_data()
     {

@@ -12,6 +12,7 @@
 #include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
+#include "support/PrivateNetwork.h"
 #include "support/TestHelpers.h"
 
 #include <QAction>
@@ -152,6 +153,11 @@ public:
 class cTestGuiWindow : public QObject
 {
     Q_OBJECT
+
+public:
+    // The window broadcasts to find mixers, and a mixer comes back at an
+    // address besides loopback.
+    static void initMain() { RequirePrivateNetwork(); }
 
 private slots:
     void initTestCase()
@@ -426,6 +432,22 @@ private slots:
         button("Clear")->click();
         QCOMPARE(rows->rowCount(), 0);
 
+        // A dump longer than a message is kept comes out cut, the rest of it
+        // dropped; on screen its row shows only its start, a saved file all
+        // the row holds.
+        const QByteArray dump = QByteArray::fromHex("F07D") + QByteArray(300000, '\x11') + QByteArray::fromHex("F7");
+        t.Port("Desk")->ReceiveMIDIData(dump + QByteArray::fromHex("C105"));
+        QTRY_COMPARE(rows->rowCount(), 2);
+        QCOMPARE(rows->index(0, cMIDIMonitorModel::BYTES_COLUMN).data().toString(),
+            "F0 7D" + QString(" 11").repeated(30) + " ... 262144 bytes");
+        QCOMPARE(rows->index(0, cMIDIMonitorModel::MESSAGE_COLUMN).data().toString(), "SysEx 262144 bytes, cut short");
+        QCOMPARE(rowsWithoutTime(1), QStringList({"in\tDesk (Mixer In)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
+        QTemporaryDir dumpDirectory;
+        QVERIFY(monitor->SaveToFile(dumpDirectory.filePath("dump.txt")));
+        QCOMPARE(ReadFile(dumpDirectory.filePath("dump.txt")).split('\t').at(3),
+            dump.left(262144).toHex(' ').toUpper());
+        button("Clear")->click();
+
         // One burst, far more than the history holds: the newest rows stay,
         // and the list follows them.
         QByteArray burst;
@@ -485,6 +507,14 @@ private slots:
         t.registry->RemoveSystemInputOutput("Desk");
         stageLeft.Input("B1 07 55");
         QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("91 01 55"));
+
+        // Unticked by hand, the list shows at once who answered meanwhile.
+        t.Connect()->click();
+        QCOMPARE(Items(t.Units()), QStringList({CUSTOM_UNIT_STRING, "Stage Left", "Stage Right"}));
+        QCOMPARE(t.Units()->currentText(), QStringLiteral("Stage Left"));
+        QVERIFY(stageLeft.WaitForLine("^disconnected"));
+        t.Connect()->click();
+        QTRY_COMPARE(t.Status(), QStringLiteral("Connected"));
 
         t.MIDIPorts()->click();
         QVERIFY(!t.Connect()->isChecked());

@@ -46,17 +46,29 @@ void cMIDIInputMatcher::InputAdded(QString name)
 {
     if (name == inputName)
     {
-        SetMIDIInput(systemMIDIConfiguration->GetMIDIInput(name));
+        BindByName();
     }
 }
 
+// The port that went may be another of the same name (two interfaces of one
+// model): ours stays bound while the registry still gives it for the name.
+// When ours went, another of that name takes its place, or none until one
+// is added. The registry may keep the old input alive; it just stops
+// counting here.
 void cMIDIInputMatcher::InputRemoved(QString name)
 {
     if (name == inputName)
     {
-        // The registry owns the input and may keep it alive; it just stops counting here.
-        DisconnectMIDIInput();
-        midiInput = nullptr;
+        BindByName();
+    }
+}
+
+void cMIDIInputMatcher::BindByName()
+{
+    cMIDIInput* input = systemMIDIConfiguration->GetMIDIInput(inputName);
+    if (input != midiInput)
+    {
+        SetMIDIInput(input);
     }
 }
 

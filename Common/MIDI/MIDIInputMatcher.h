@@ -21,7 +21,8 @@ struct sMIDIMatchByteListIdentifier;
 // Binds one MIDI input, known only by its name, to one match tree. The input
 // may not exist yet, or may come and go (a cable pulled, the TCP link
 // re-registered): the matcher follows the registry and re-binds by name, and
-// its tree and running-status state survive the re-binding.
+// its tree and running-status state survive the re-binding. Of several ports
+// of one name it stays with the one it has while that one is there.
 class cMIDIInputMatcher : public QObject
 {
     Q_OBJECT
@@ -54,6 +55,7 @@ public slots:
     void MIDIReadReady();
 
 private:
+    void BindByName();
     void DisconnectMIDIInput();
     void ProcessBytesTellingListener();
 

@@ -31,6 +31,9 @@ public:
     virtual QString GetNameOfInput(int index) const = 0;
     // Virtual ports first, then internal ports; subclasses add system ports
     // after calling this, so a virtual or internal port hides a system port.
+    // Of several system ports of one name, the one listed first: the answer
+    // for a name stays the same while that port is there, whatever others of
+    // the name come and go. The same holds for outputs.
     virtual cMIDIInput* GetMIDIInput(QString name);
     virtual QStringList GetSystemMIDIInputNames() const = 0;
 

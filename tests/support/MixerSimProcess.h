@@ -8,14 +8,16 @@
 #include <QTest>
 
 // One mixer-sim process, the stand-in mixer shipped with the program, run
-// from the build tree's bin/ beside tests/. Its standard input stays open
-// until Stop(), and its printed lines are collected as they come.
+// from the build tree's bin/ beside tests/, through a command that runs it
+// (in another network namespace, say) if one is given. Its standard input
+// stays open until Stop(), and its printed lines are collected as they come.
 class cMixerSimProcess
 {
 public:
-    explicit cMixerSimProcess(const QStringList& arguments)
+    explicit cMixerSimProcess(const QStringList& arguments, QStringList runner = {})
     {
-        process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin/mixer-sim"), arguments);
+        runner.append(QCoreApplication::applicationDirPath() + QStringLiteral("/../bin/mixer-sim"));
+        process.start(runner.takeFirst(), runner + arguments);
         started = WaitForLine(QStringLiteral("^listening "));
     }
 

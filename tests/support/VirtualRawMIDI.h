@@ -14,6 +14,7 @@
 // A MIDI interface of the kernel's own, played through its raw side:
 // snd-virmidi's sequencer port "Virtual Raw MIDI C-D:VirMIDI C-D" sends what
 // is written to /dev/snd/midiCcDd, and what is sent to it can be read there.
+// A USB MIDI gadget's raw device is the other end of its USB cable likewise.
 struct sVirtualRawMIDI
 {
     static QRegularExpression Pattern()
@@ -22,9 +23,13 @@ struct sVirtualRawMIDI
     }
 
     explicit sVirtualRawMIDI(const QString& portName)
+        : sVirtualRawMIDI(Pattern().match(portName).captured(1).toInt(), Pattern().match(portName).captured(2).toInt())
     {
-        const QRegularExpressionMatch match = Pattern().match(portName);
-        descriptor = open(qPrintable(QStringLiteral("/dev/snd/midiC%1D%2").arg(match.captured(1), match.captured(2))),
+    }
+
+    sVirtualRawMIDI(int card, int device)
+    {
+        descriptor = open(qPrintable(QStringLiteral("/dev/snd/midiC%1D%2").arg(card).arg(device)),
             O_RDWR | O_NONBLOCK | O_CLOEXEC);
         Take();  // the device takes MIDI from its port once a read has started it
     }

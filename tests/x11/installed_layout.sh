@@ -7,6 +7,7 @@
 #   installed_layout.sh BUILD_DIR       cmake --install into a temporary prefix
 #   installed_layout.sh BUILD_DIR deb   cpack's Debian package, unpacked with dpkg -x
 source "$(dirname "$0")/x11-session.sh"
+x11_require_private_network
 build=$1
 
 if [[ ${2:-} == deb ]]; then

@@ -7,6 +7,7 @@
 # network to the outside; ImageMagick's import takes the picture.
 #   scripts/alsa-vm.sh -- bash tests/x11/monitor-screenshot.sh PATH/TO/tessera OUTPUT_FOLDER
 source "$(dirname "$0")/x11-session.sh"
+x11_require_private_network
 output=$2
 mkdir -p "$output"
 

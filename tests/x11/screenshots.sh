@@ -4,6 +4,7 @@
 # Needs ImageMagick's import besides what the checks here need.
 #   screenshots.sh PATH/TO/tessera OUTPUT_FOLDER
 source "$(dirname "$0")/x11-session.sh"
+x11_require_private_network
 output=$2
 mkdir -p "$output"
 

@@ -4,6 +4,7 @@
 # Built without ALSA, it says so once.
 #   tray_quit.sh PATH/TO/tessera
 source "$(dirname "$0")/x11-session.sh"
+x11_require_private_network
 
 x11_start_in_tray "$1"
 sleep 1

@@ -252,15 +252,26 @@ void cSequencerALSA::DeletePort(int port)
 
 bool cSequencerALSA::ConnectFrom(int port, sPortAddressALSA source)
 {
-    return handle && port >= 0 && Subscribe(source, {clientId, port});
+    if (!handle || port < 0)
+    {
+        return false;
+    }
+    const int result = Subscribe(source, {clientId, port});
+    if (result < 0)
+    {
+        DebugErrTrace(DEBUG_LOCATION, "Failed to connect ALSA sequencer port %d:%d to %d:%d: %s", source.client,
+            source.port, clientId, port, snd_strerror(result));
+    }
+    return result == 0;
 }
 
-bool cSequencerALSA::ConnectTo(int port, sPortAddressALSA destination)
+int cSequencerALSA::ConnectTo(int port, sPortAddressALSA destination)
 {
-    return handle && port >= 0 && Subscribe({clientId, port}, destination);
+    // Without a sequencer or a port there was a report already.
+    return handle && port >= 0 ? Subscribe({clientId, port}, destination) : -ENODEV;
 }
 
-bool cSequencerALSA::Subscribe(sPortAddressALSA sender, sPortAddressALSA destination)
+int cSequencerALSA::Subscribe(sPortAddressALSA sender, sPortAddressALSA destination)
 {
     snd_seq_port_subscribe_t* subscription;
     snd_seq_port_subscribe_alloca(&subscription);
@@ -271,14 +282,7 @@ bool cSequencerALSA::Subscribe(sPortAddressALSA sender, sPortAddressALSA destina
     const snd_seq_addr_t to = address(destination);
     snd_seq_port_subscribe_set_sender(subscription, &from);
     snd_seq_port_subscribe_set_dest(subscription, &to);
-    int result = snd_seq_subscribe_port(handle, subscription);
-    if (result < 0)
-    {
-        DebugErrTrace(DEBUG_LOCATION, "Failed to connect ALSA sequencer port %d:%d to %d:%d: %s", sender.client,
-            sender.port, destination.client, destination.port, snd_strerror(result));
-        return false;
-    }
-    return true;
+    return snd_seq_subscribe_port(handle, subscription);
 }
 
 void cSequencerALSA::SetReceiver(int port, cSequencerReceiverALSA* receiver)

@@ -76,10 +76,11 @@ public:
     // A port of our own client; -1 when it cannot be made.
     int CreatePort(const QString& name, unsigned int capabilities, unsigned int type);
     void DeletePort(int port);
-    // Subscribes our port to read from another client's port, or another
-    // client's port to what our port sends.
+    // Subscribes our port to read from another client's port (a refusal is
+    // reported), or another client's port to what our port sends (returns 0
+    // or the kernel's refusal, for the caller to report).
     bool ConnectFrom(int port, sPortAddressALSA source);
-    bool ConnectTo(int port, sPortAddressALSA destination);
+    int ConnectTo(int port, sPortAddressALSA destination);
 
     // Bytes arriving at our port go to receiver; null stops the delivery.
     void SetReceiver(int port, cSequencerReceiverALSA* receiver);
@@ -101,7 +102,7 @@ signals:
 
 private:
     bool Open();
-    bool Subscribe(sPortAddressALSA sender, sPortAddressALSA destination);
+    int Subscribe(sPortAddressALSA sender, sPortAddressALSA destination);
     snd_midi_event_t* GetEncoder(int port);
     void ReadEvents();
     void DispatchEvent(const snd_seq_event_t* event);

@@ -32,7 +32,7 @@ bool cSequencerPortALSA::ConnectFrom(sPortAddressALSA source)
     return sequencer->ConnectFrom(port, source);
 }
 
-bool cSequencerPortALSA::ConnectTo(sPortAddressALSA destination)
+int cSequencerPortALSA::ConnectTo(sPortAddressALSA destination)
 {
     return sequencer->ConnectTo(port, destination);
 }

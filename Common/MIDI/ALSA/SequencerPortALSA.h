@@ -18,7 +18,8 @@ public:
     cSequencerPortALSA& operator=(const cSequencerPortALSA&) = delete;
 
     bool ConnectFrom(sPortAddressALSA source);
-    bool ConnectTo(sPortAddressALSA destination);
+    // 0, or the kernel's refusal, unreported.
+    int ConnectTo(sPortAddressALSA destination);
 
     // The kernel refuses MIDI for a client that has stopped reading (its
     // queue is full) and goes on refusing every message of the burst: the

@@ -24,3 +24,12 @@ QString cHexText::Format(const QByteArray& bytes)
 {
     return QString::fromLatin1(bytes.toHex(' ').toUpper());
 }
+
+QString cHexText::FormatAtMost(const QByteArray& bytes, int maximumBytes)
+{
+    if (bytes.size() <= maximumBytes)
+    {
+        return Format(bytes);
+    }
+    return Format(bytes.left(maximumBytes)) + QStringLiteral(" ... %1 bytes").arg(bytes.size());
+}

@@ -13,6 +13,10 @@ public:
     static bool Parse(const QString& text, QByteArray& bytes);
     // Upper-case pairs separated by single spaces.
     static QString Format(const QByteArray& bytes);
+    // The same for at most the first maximumBytes, then " ... N bytes" with
+    // the whole count when there are more: the text stays short however
+    // long the message.
+    static QString FormatAtMost(const QByteArray& bytes, int maximumBytes);
 };
 
 #endif

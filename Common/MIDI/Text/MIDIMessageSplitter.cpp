@@ -1,5 +1,7 @@
 #include "Common/MIDI/Text/MIDIMessageSplitter.h"
 
+#include <algorithm>
+
 namespace
 {
 const unsigned char SYSEX_START = 0xF0;
@@ -40,9 +42,15 @@ int cMIDIMessageSplitter::MessageLength(unsigned char status)
 QList<QByteArray> cMIDIMessageSplitter::Feed(const QByteArray& bytes)
 {
     QList<QByteArray> messages;
-    for (char c : bytes)
+    const char* next = bytes.constData();
+    const char* const end = next + bytes.size();
+    while (next != end)
     {
-        Feed(static_cast<unsigned char>(c), messages);
+        next = AppendSystemExclusiveData(next, end);
+        if (next != end)
+        {
+            Feed(static_cast<unsigned char>(*next++), messages);
+        }
     }
     return messages;
 }
@@ -53,8 +61,29 @@ void cMIDIMessageSplitter::Feed(unsigned char byte, QList<QByteArray>& messages)
     if (IsRealTime(byte))
     {
         messages.append(QByteArray(1, c));
+        return;
     }
-    else if (IsStatus(byte) && byte == SYSEX_END && !pending.isEmpty() && expectedLength == 0)
+    if (dropping)
+    {
+        if (!IsStatus(byte))
+        {
+            return;
+        }
+        dropping = false;
+        // The end of the message that was cut.
+        if (byte == SYSEX_END)
+        {
+            return;
+        }
+    }
+    if (pending.size() == MAXIMUM_MESSAGE_SIZE && !IsStatus(byte))
+    {
+        messages.append(pending);
+        pending.clear();
+        dropping = true;
+        return;
+    }
+    if (IsStatus(byte) && byte == SYSEX_END && !pending.isEmpty() && expectedLength == 0)
     {
         pending.append(c);
         messages.append(pending);
@@ -89,7 +118,21 @@ QByteArray cMIDIMessageSplitter::Flush()
     QByteArray unfinished = pending;
     pending.clear();
     runningStatus = 0;
+    dropping = false;
     return unfinished;
+}
+
+// A bulk dump is long: its data is appended a run at a time, not byte by byte.
+const char* cMIDIMessageSplitter::AppendSystemExclusiveData(const char* next, const char* end)
+{
+    if (dropping || pending.isEmpty() || expectedLength != 0)
+    {
+        return next;
+    }
+    const char* runEnd = std::find_if(next, end, [](char c) { return IsStatus(static_cast<unsigned char>(c)); });
+    runEnd = next + std::min<std::ptrdiff_t>(runEnd - next, MAXIMUM_MESSAGE_SIZE - pending.size());
+    pending.append(next, static_cast<int>(runEnd - next));
+    return runEnd;
 }
 
 void cMIDIMessageSplitter::StartMessage(unsigned char status, QList<QByteArray>& messages)

@@ -7,10 +7,16 @@
 // Cuts a raw MIDI byte stream, which may arrive in arbitrary pieces, into
 // whole messages as they were sent: running status is followed but not
 // expanded, real-time bytes come out on their own wherever they fall, and
-// bytes that cannot belong to any message come out one by one.
+// bytes that cannot belong to any message come out one by one. A message is
+// kept whole up to MAXIMUM_MESSAGE_SIZE bytes (only System Exclusive grows
+// that long); one that goes on past that comes out cut there, and the rest of
+// it, up to its end, is dropped, so a stream that never ends its System
+// Exclusive costs bounded memory.
 class cMIDIMessageSplitter
 {
 public:
+    static const int MAXIMUM_MESSAGE_SIZE = 256 * 1024;
+
     // The messages completed by these bytes; an unfinished one is kept.
     QList<QByteArray> Feed(const QByteArray& bytes);
     // The same for one byte: appends what it completes (at most two
@@ -25,8 +31,13 @@ public:
 
 private:
     void StartMessage(unsigned char status, QList<QByteArray>& messages);
+    // Takes the data bytes at the start of [next, end) that continue a System
+    // Exclusive message, as far as the bound allows; returns where it stopped.
+    const char* AppendSystemExclusiveData(const char* next, const char* end);
 
     QByteArray pending;
+    // The rest of a message cut at the bound is being dropped.
+    bool dropping = false;
     // How many bytes complete the pending message; 0 for SysEx, which ends at F7.
     int expectedLength = 0;
     unsigned char runningStatus = 0;
