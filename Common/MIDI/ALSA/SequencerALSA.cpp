@@ -101,6 +101,11 @@ cSequencerALSA::cSequencerALSA()
     }
 }
 
+bool cSequencerALSA::IsOpen() const
+{
+    return handle != nullptr;
+}
+
 cSequencerALSA::~cSequencerALSA()
 {
     if (reader.joinable())
