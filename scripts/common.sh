@@ -12,10 +12,11 @@ TESSERA_BUILD_PACKAGES=(build-essential cmake pkg-config qtbase5-dev qtbase5-dev
 # fuzzers with clang and its libFuzzer runtime, network tests in a private
 # namespace (iproute2), window tests under Xvfb with a small tray host, driven
 # with xdotool and inspected with xwininfo (x11-utils) and python3; the menu
-# entry, AppStream data and manual pages are checked with their validators;
+# entry, AppStream data and manual pages are checked with their validators,
+# the user manual's PDF with poppler's tools;
 # ALSA tests run against ALSA's own tools (aconnect, aseqdump, aplaymidi, amidi).
 TESSERA_TEST_PACKAGES=(libbenchmark-dev clang libclang-rt-14-dev iproute2 util-linux xvfb xauth trayer
-    xdotool x11-utils python3 desktop-file-utils appstream man-db alsa-utils)
+    xdotool x11-utils python3 desktop-file-utils appstream man-db poppler-utils alsa-utils)
 # Where the kernel has no ALSA sequencer, its tests run in a small VM: qemu
 # boots Debian's kernel (it has the sound modules), busybox mounts this
 # machine's files in it and kmod loads the modules.
