@@ -219,6 +219,12 @@ private slots:
         }
         QCOMPARE(texts, QStringList({"&Show Preferences", "MIDI Monitor", "--", "Stay Connected", "Start at Login", "--",
                             "&Help", "&About", "--", "&Quit"}));
+        // tessera(1) tells what each entry does.
+        const QString manPage = QString::fromUtf8(ReadFile(TestDataFile("../../docs/man/tessera.1.md")));
+        for (const QString& text : texts.filter(QRegularExpression("^[^-]")))
+        {
+            QVERIFY2(manPage.contains("\n**" + QString(text).remove('&') + "**\n:   "), qPrintable(text));
+        }
 
         // Only a double click on the icon opens the window.
         emit trayIcon->activated(QSystemTrayIcon::Trigger);
