@@ -33,6 +33,9 @@ const int SHOW_INTERVAL_MS = 100;
 // Room around a cell's text, in pixels.
 const int COLUMN_PADDING = 16;
 const int MAXIMUM_MEASURED_ROWS = 200;
+// A column grows with its texts up to this many digits' width, so that the
+// rule stays in view; longer texts are cut, and shown whole as tooltips.
+const int MAXIMUM_COLUMN_DIGITS = 48;
 }
 
 cMIDIMonitorWindow::cMIDIMonitorWindow(cMIDITranslatorConfiguration* configuration, cSetupProblems* problems,
@@ -104,7 +107,7 @@ cMIDIMonitorWindow::cMIDIMonitorWindow(cMIDITranslatorConfiguration* configurati
     layout->addWidget(view);
     layout->addLayout(buttons);
     const int digitWidth = metrics.horizontalAdvance(QLatin1Char('0'));
-    resize(QSize(125 * digitWidth, 30 * metrics.height()).boundedTo(screen()->availableGeometry().size()));
+    resize(QSize(160 * digitWidth, 30 * metrics.height()).boundedTo(screen()->availableGeometry().size()));
 }
 
 cMIDIMonitorWindow::~cMIDIMonitorWindow()
@@ -180,16 +183,21 @@ void cMIDIMonitorWindow::FitColumns(int firstRow)
 {
     const int lastRow = model->rowCount() - 1;
     const QFontMetrics metrics = view->fontMetrics();
+    const int maximumWidth = MAXIMUM_COLUMN_DIGITS * metrics.horizontalAdvance(QLatin1Char('0'));
     for (const int column : {cMIDIMonitorModel::PORT_COLUMN, cMIDIMonitorModel::BYTES_COLUMN,
                              cMIDIMonitorModel::MESSAGE_COLUMN})
     {
-        int width = view->header()->sectionSize(column);
+        int wanted = 0;
         for (int row = std::max(firstRow, lastRow - MAXIMUM_MEASURED_ROWS); row <= lastRow; ++row)
         {
-            width = std::max(width, metrics.horizontalAdvance(model->index(row, column).data().toString())
-                    + COLUMN_PADDING);
+            wanted = std::max(wanted, metrics.horizontalAdvance(model->index(row, column).data().toString()));
         }
-        view->header()->resizeSection(column, width);
+        // Never narrower: the user may have widened it.
+        const int width = std::min(wanted + COLUMN_PADDING, maximumWidth);
+        if (width > view->header()->sectionSize(column))
+        {
+            view->header()->resizeSection(column, width);
+        }
     }
 }
 
