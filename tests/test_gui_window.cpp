@@ -12,6 +12,7 @@
 #include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
+#include "support/ProgramSettings.h"
 #include "support/TestHelpers.h"
 
 #include <QAction>
@@ -169,10 +170,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY(settingsDirectory.isValid());
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDirectory.path());
-        QCoreApplication::setOrganizationName(ORGANISATION_NAME_STRING);
-        QCoreApplication::setOrganizationDomain(ORGANISATION_DOMAIN_STRING);
-        QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
+        UseSettingsIn(settingsDirectory.path());
         // The login entry goes beside the settings, not into the user's own.
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(settingsDirectory.path()));
     }

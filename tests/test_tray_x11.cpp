@@ -4,10 +4,10 @@
 // MIDI ports and the test maps of tests/data/gui; the window runs discovery
 // and connects to loopback, so this runs in the private network namespace.
 
-#include "Application/ApplicationStrings.h"
 #include "Application/MainWindow.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
+#include "support/ProgramSettings.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -136,10 +136,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY(settingsDirectory.isValid());
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDirectory.path());
-        QCoreApplication::setOrganizationName(ORGANISATION_NAME_STRING);
-        QCoreApplication::setOrganizationDomain(ORGANISATION_DOMAIN_STRING);
-        QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
+        UseSettingsIn(settingsDirectory.path());
         QVERIFY(QSystemTrayIcon::isSystemTrayAvailable());
     }
 

@@ -50,6 +50,22 @@ hover() {
     sleep 1.5
 }
 
+# A Tx-16 in the MIDI Ports mode with that input port; more of its settings
+# may follow.
+tx16_settings() {
+    cat <<SETTINGS
+[General]
+MixerType=Tx-16
+DAWType=Mackie Control
+
+[Tx-16]
+Mode=MIDI
+MIDIChannel=1
+MIDI\\InputPort=$1
+MIDI\\OutputPort=$MIXER_OUT
+SETTINGS
+}
+
 x11_start_display
 x11_start_tray
 
@@ -61,20 +77,8 @@ mkfifo "$X11_WORK/mixer-sim.input"
     <"$X11_WORK/mixer-sim.input" >"$X11_WORK/mixer-sim.log" 2>&1 &
 X11_PIDS+=($!)
 exec 6>"$X11_WORK/mixer-sim.input"
-start_with_settings <<SETTINGS
-[General]
-MixerType=Tx-16
-DAWType=Mackie Control
-
-[Tx-16]
-Mode=MIDI
-MIDIChannel=1
-TryConnect=true
-MIDI\\InputPort=$MIXER_IN
-MIDI\\OutputPort=$MIXER_OUT
-Connection\\DefaultUnitName=Stage Tx-16
-Connection\\DefaultUnitIP=127.0.0.1
-SETTINGS
+start_with_settings < <(tx16_settings "$MIXER_IN"
+    printf '%s\n' TryConnect=true 'Connection\DefaultUnitName=Stage Tx-16' 'Connection\DefaultUnitIP=127.0.0.1')
 show_preferences
 import -window "$X11_WINDOW" "$output/preferences-midi-ports.png"
 # The mode buttons are one stop in the focus chain, after the three combo
@@ -91,17 +95,7 @@ import -window root -crop "560x90+$((screen_width - 560))+$((screen_height - 90)
 quit
 
 # The port the input was last set to is unplugged.
-start_with_settings <<SETTINGS
-[General]
-MixerType=Tx-16
-DAWType=Mackie Control
-
-[Tx-16]
-Mode=MIDI
-MIDIChannel=1
-MIDI\\InputPort=$UNPLUGGED
-MIDI\\OutputPort=$MIXER_OUT
-SETTINGS
+start_with_settings < <(tx16_settings "$UNPLUGGED")
 show_preferences
 eval "$(xdotool getwindowgeometry --shell "$X11_WINDOW")"
 # The sign stands left of the two lamps at the status bar's right end; the
