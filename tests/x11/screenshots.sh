@@ -77,8 +77,12 @@ mkfifo "$X11_WORK/mixer-sim.input"
     <"$X11_WORK/mixer-sim.input" >"$X11_WORK/mixer-sim.log" 2>&1 &
 X11_PIDS+=($!)
 exec 6>"$X11_WORK/mixer-sim.input"
-start_with_settings < <(tx16_settings "$MIXER_IN"
-    printf '%s\n' TryConnect=true 'Connection\DefaultUnitName=Stage Tx-16' 'Connection\DefaultUnitIP=127.0.0.1')
+# Through a file: the test machine has no /dev/fd for a process substitution.
+{
+    tx16_settings "$MIXER_IN"
+    printf '%s\n' TryConnect=true 'Connection\DefaultUnitName=Stage Tx-16' 'Connection\DefaultUnitIP=127.0.0.1'
+} >"$X11_WORK/settings"
+start_with_settings <"$X11_WORK/settings"
 show_preferences
 import -window "$X11_WINDOW" "$output/preferences-midi-ports.png"
 # The mode buttons are one stop in the focus chain, after the three combo
@@ -95,7 +99,8 @@ import -window root -crop "560x90+$((screen_width - 560))+$((screen_height - 90)
 quit
 
 # The port the input was last set to is unplugged.
-start_with_settings < <(tx16_settings "$UNPLUGGED")
+tx16_settings "$UNPLUGGED" >"$X11_WORK/settings"
+start_with_settings <"$X11_WORK/settings"
 show_preferences
 eval "$(xdotool getwindowgeometry --shell "$X11_WINDOW")"
 # The sign stands left of the two lamps at the status bar's right end; the
