@@ -10,6 +10,8 @@
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include <utility>
+
 namespace
 {
 // A desktop entry's string values escape the backslash.
@@ -24,7 +26,7 @@ QString EscapeString(QString value)
 QString ExecArgument(QString path)
 {
     QString quoted;
-    for (const QChar c : qAsConst(path))
+    for (const QChar c : std::as_const(path))
     {
         if (c == QLatin1Char('"') || c == QLatin1Char('`') || c == QLatin1Char('$') || c == QLatin1Char('\\'))
         {

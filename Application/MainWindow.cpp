@@ -27,6 +27,8 @@
 #include <QStatusBar>
 #include <QUrl>
 
+#include <utility>
+
 namespace
 {
 const QString DEFAULT_UNIT_IP_ADDRESS = QStringLiteral("192.168.1.1");

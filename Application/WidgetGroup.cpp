@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include <utility>
+
 cWidgetGroup::cWidgetGroup(QObject* parent)
     : QObject(parent)
 {
@@ -14,7 +16,7 @@ void cWidgetGroup::AddWidget(QWidget* widget)
 
 void cWidgetGroup::Show()
 {
-    for (QWidget* widget : qAsConst(widgets))
+    for (QWidget* widget : std::as_const(widgets))
     {
         widget->show();
     }
@@ -22,7 +24,7 @@ void cWidgetGroup::Show()
 
 void cWidgetGroup::Hide()
 {
-    for (QWidget* widget : qAsConst(widgets))
+    for (QWidget* widget : std::as_const(widgets))
     {
         widget->hide();
     }

@@ -11,6 +11,7 @@
 #include <QJsonValue>
 
 #include <algorithm>
+#include <utility>
 
 const char* const MIXER_IN_ALIAS = "Mixer In";
 const char* const MIXER_OUT_ALIAS = "Mixer Out";
@@ -220,7 +221,7 @@ void cMIDITranslatorConfiguration::ProcessRulesArray(QJsonArray array)
 
 void cMIDITranslatorConfiguration::CreateMIDIInputMatchers()
 {
-    for (const cMIDITranslatorRule& rule : qAsConst(rules))
+    for (const cMIDITranslatorRule& rule : std::as_const(rules))
     {
         for (const QString& port : rule.GetIncomingPortsList())
         {
@@ -259,7 +260,7 @@ void cMIDITranslatorConfiguration::ResolveOutgoingPorts()
 {
     ruleOutgoingPorts.clear();
     ruleOutgoingPorts.reserve(rules.size());
-    for (const cMIDITranslatorRule& rule : qAsConst(rules))
+    for (const cMIDITranslatorRule& rule : std::as_const(rules))
     {
         QVector<sOutgoingPort> ports;
         for (const QString& port : rule.GetOutgoingPortsList())
@@ -364,7 +365,7 @@ void cMIDITranslatorConfiguration::MIDIMatchTriggered(int id, const std::vector<
 void cMIDITranslatorConfiguration::SetMIDITrafficListener(cMIDITrafficListener* listener)
 {
     trafficListener = listener;
-    for (cMIDIInputMatcher* matcher : qAsConst(inputMatchers))
+    for (cMIDIInputMatcher* matcher : std::as_const(inputMatchers))
     {
         matcher->SetMIDITrafficListener(listener);
     }

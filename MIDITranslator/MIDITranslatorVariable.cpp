@@ -148,7 +148,8 @@ bool cMIDITranslatorVariable::HoldsIndex(int index) const
 {
     if (index > values.size())
     {
-        DebugErrTrace(DEBUG_LOCATION, "Invalid index: %d Number of values: %d", index, values.size());
+        DebugErrTrace(DEBUG_LOCATION, "Invalid index: %d Number of values: %d", index,
+                      static_cast<int>(values.size()));
         return false;
     }
     return index >= 0 && index < values.size();

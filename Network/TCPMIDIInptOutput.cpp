@@ -2,6 +2,8 @@
 
 #include <QTcpSocket>
 
+#include <sys/socket.h>
+
 namespace
 {
 // A single read per readyRead takes at most this much; the rest waits in the
@@ -154,16 +156,22 @@ cTCPMIDIInptOutput::eFailure cTCPMIDIInptOutput::ClassifyFailure(QAbstractSocket
     }
 }
 
+// Read straight into the buffer, which keeps its room from read to read.
 void cTCPMIDIInptOutput::TCPRead()
 {
-    receivedData.append(socket->read(MAX_READ_SIZE));
+    const int size = receivedData.size();
+    receivedData.resize(size + MAX_READ_SIZE);
+    const qint64 read = socket->read(receivedData.data() + size, MAX_READ_SIZE);
+    receivedData.resize(size + static_cast<int>(qMax<qint64>(read, 0)));
     emit MIDIReadReady();
 }
 
+// The buffers change hands, so a reader that keeps its array from read to
+// read lends its room back and nothing is allocated.
 void cTCPMIDIInptOutput::ReadMIDIData(QByteArray& data)
 {
-    data = receivedData;
-    receivedData.clear();
+    data.swap(receivedData);
+    receivedData.truncate(0);
 }
 
 void cTCPMIDIInptOutput::WriteMIDIData(QByteArray& data)
@@ -171,11 +179,23 @@ void cTCPMIDIInptOutput::WriteMIDIData(QByteArray& data)
     // Bytes for a link that is not up are dropped. A socket still connecting
     // would keep them and send them late, in a burst, once it is up (stale
     // fader moves for the mixer), and flushing it would end the attempt.
-    if (IsConnected())
+    if (!IsConnected())
     {
-        socket->write(data);
-        // Hand the bytes to the system now rather than on the next pass of
-        // the event loop; this never waits for the peer.
-        socket->flush();
+        return;
+    }
+    // The bytes go to the system at once, past the socket's own buffer: that
+    // way would watch the socket for room and stop watching again for every
+    // message, each a wake-up call to the event loop. Only what the system
+    // does not take now, or what would overtake bytes still queued, goes
+    // through the socket's buffer, which sends it as room comes.
+    qint64 sent = 0;
+    if (socket->bytesToWrite() == 0)
+    {
+        sent = qMax<qint64>(::send(static_cast<int>(socket->socketDescriptor()), data.constData(),
+            static_cast<size_t>(data.size()), MSG_NOSIGNAL | MSG_DONTWAIT), 0);
+    }
+    if (sent < data.size())
+    {
+        socket->write(data.constData() + sent, data.size() - sent);
     }
 }

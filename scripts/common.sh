@@ -8,15 +8,18 @@ TESSERA_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # dependencies from dpkg-shlibdeps (dpkg-dev), which needs file.
 TESSERA_BUILD_PACKAGES=(build-essential cmake pkg-config qtbase5-dev qtbase5-dev-tools libqt5svg5-dev
     libasound2-dev fonts-dejavu-core go-md2man help2man dpkg-dev file)
+# Building against Qt 6 (-DTESSERA_QT=6) instead: Debian ships Qt 6's platform
+# plugins, offscreen and xcb among them, in a package of their own.
+TESSERA_QT6_PACKAGES=(qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-qpa-plugins)
 # What the test suite needs on top: benchmarks are built with the project,
 # fuzzers with clang and its libFuzzer runtime, network tests in a private
 # namespace (iproute2), window tests under Xvfb with a small tray host, driven
 # with xdotool and inspected with xwininfo (x11-utils) and python3; the menu
-# entry, AppStream data and manual pages are checked with their validators,
-# the user manual's PDF with poppler's tools;
-# ALSA tests run against ALSA's own tools (aconnect, aseqdump, aplaymidi, amidi).
+# entry, AppStream data, manual pages and the package are checked with their
+# validators and lintian, the user manual's PDF with poppler's tools; ALSA
+# tests run against ALSA's own tools (aconnect, aseqdump, aplaymidi, amidi).
 TESSERA_TEST_PACKAGES=(libbenchmark-dev clang libclang-rt-14-dev iproute2 util-linux xvfb xauth trayer
-    xdotool x11-utils python3 desktop-file-utils appstream man-db poppler-utils alsa-utils)
+    xdotool x11-utils python3 desktop-file-utils appstream man-db lintian poppler-utils alsa-utils)
 # Where the kernel has no ALSA sequencer, its tests run in a small VM: qemu
 # boots Debian's kernel (it has the sound modules), busybox mounts this
 # machine's files in it and kmod loads the modules.

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds Tessera three times and tests each build:
-# a normal build and one with AddressSanitizer and UndefinedBehaviorSanitizer
-# run the whole test suite; the fuzz targets, built with clang, run for a
-# minute each on our seed corpus.
+# Installs what is missing, builds Tessera four times and tests each build: a
+# normal build, one against Qt 6 and one with AddressSanitizer and
+# UndefinedBehaviorSanitizer run the whole test suite; the fuzz targets, built
+# with clang, run for a minute each on our seed corpus.
 #
 # Everything runs inside a private network namespace (private-network.sh), so
 # that discovery broadcasts and connections never leave the machine. Tests of
@@ -17,7 +17,7 @@ sequencer_here() {
     [[ -r /dev/snd/seq && -w /dev/snd/seq ]]
 }
 
-packages=("${TESSERA_BUILD_PACKAGES[@]}" "${TESSERA_TEST_PACKAGES[@]}")
+packages=("${TESSERA_BUILD_PACKAGES[@]}" "${TESSERA_QT6_PACKAGES[@]}" "${TESSERA_TEST_PACKAGES[@]}")
 sequencer_here || packages+=("${TESSERA_VM_PACKAGES[@]}")
 # Downloads happen here, outside the namespace: inside it there is no way out.
 tessera_install_missing "${packages[@]}"
@@ -42,6 +42,9 @@ run_suite() {
 
 tessera_build "$TESSERA_ROOT/build"
 run_suite "$TESSERA_ROOT/build"
+
+tessera_build "$TESSERA_ROOT/build-qt6" -DTESSERA_QT=6 -DTESSERA_BENCH=OFF
+run_suite "$TESSERA_ROOT/build-qt6"
 
 tessera_build "$TESSERA_ROOT/build-asan" -DTESSERA_SANITIZE=ON -DTESSERA_BENCH=OFF
 run_suite "$TESSERA_ROOT/build-asan"

@@ -6,6 +6,8 @@
 #include "support/TestHelpers.h"
 
 #include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 
 #include <csignal>
@@ -123,6 +125,45 @@ private slots:
         QCOMPARE(ReadWhenReady(link, readReady), burst.mid(1024, 1024));
         sim.Input(QStringLiteral("FE"));
         QCOMPARE(ReadWhenReady(link, readReady), burst.mid(2048) + QByteArray("\xF8\xFE", 2));
+    }
+
+    // More than the system takes at once, written while the mixer does not
+    // read: the rest waits in the link, and what is written after the mixer
+    // has made room still follows it, whole and in order.
+    void WritesWaitForRoomInOrder()
+    {
+        QTcpServer mixer;
+        QVERIFY(mixer.listen(QHostAddress(SIM_ADDRESS), cTCPMIDIInptOutput::MIXER_MIDI_PORT));
+        cTCPMIDIInptOutput link;
+        QSignalSpy texts(&link, &cTCPMIDIInptOutput::StateStringChanged);
+        link.ConnectToHost(QHostAddress(SIM_ADDRESS));
+        QVERIFY(WaitForLastText(texts, QStringLiteral("Connected")));
+        QTcpSocket* peer = mixer.nextPendingConnection();
+        QVERIFY(peer);
+
+        QByteArray written;
+        QByteArray received;
+        for (int write = 0; write < 256; ++write)
+        {
+            QByteArray bytes(64 * 1024, Qt::Uninitialized);
+            for (int index = 0; index < bytes.size(); ++index)
+            {
+                bytes[index] = char((write * 7 + index) % 251);
+            }
+            link.WriteMIDIData(bytes);
+            written += bytes;
+            if (write == 127)
+            {
+                // Reading without the event loop: the link cannot send what waits in it.
+                QVERIFY(peer->waitForReadyRead(5000));
+                received += peer->readAll();
+            }
+        }
+        QVERIFY(QTest::qWaitFor([&] {
+            received += peer->readAll();
+            return received.size() >= written.size();
+        }, 20000));
+        QVERIFY(received == written);
     }
 
     void ConnectTwiceAnnouncesTeardownFirst()

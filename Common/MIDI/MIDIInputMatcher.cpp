@@ -5,6 +5,8 @@
 #include "Common/MIDI/MIDITrafficListener.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
 
+#include <utility>
+
 cMIDIInputMatcher::cMIDIInputMatcher(QString inputName, cSystemMIDIConfiguration* configuration,
                                      cMIDIMatchTriggerListener* listener, QObject* parent)
     : QObject(parent),
@@ -65,13 +67,12 @@ void cMIDIInputMatcher::MIDIReadReady()
     {
         return;
     }
-    QByteArray data;
-    midiInput->ReadMIDIData(data);
-    if (data.isEmpty())
+    midiInput->ReadMIDIData(readData);
+    if (readData.isEmpty())
     {
         return;
     }
-    readBytes.assign(data.constBegin(), data.constEnd());
+    readBytes.assign(readData.constBegin(), readData.constEnd());
     runningStatusFixer.FixRunningStatus(readBytes, expandedBytes);
     if (trafficListener)
     {
@@ -100,7 +101,7 @@ void cMIDIInputMatcher::ProcessBytesTellingListener()
     {
         completedMessages.clear();
         messageSplitter.Feed(byte, completedMessages);
-        for (const QByteArray& message : qAsConst(completedMessages))
+        for (const QByteArray& message : std::as_const(completedMessages))
         {
             trafficListener->MIDIMessageRead(inputName, message);
         }

@@ -4,6 +4,7 @@
 #include "Common/MIDI/MIDIRunningStatusFixer.h"
 #include "Common/MIDI/Text/MIDIMessageSplitter.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -63,6 +64,7 @@ private:
     QPointer<cMIDIInput> midiInput;
     cMIDIRunningStatusFixer runningStatusFixer;
     // Reused for every read so that the byte path does not allocate.
+    QByteArray readData;
     std::vector<unsigned char> readBytes;
     std::vector<unsigned char> expandedBytes;
     // Only used while someone listens: the listener is told of whole messages.

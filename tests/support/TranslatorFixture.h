@@ -29,7 +29,8 @@ public:
     cMIDIInputOutputMemory* Port(const QString& name) const { return registry->GetMemoryInputOutput(name); }
 
     // Hands the chunks to the port from a thread of its own, one read each, as
-    // a platform port does, then lets the event loop deliver the queued reads.
+    // a port that receives on another thread does, then lets the event loop
+    // deliver the queued reads.
     static void Feed(cMIDIInputOutputMemory* port, const QStringList& chunks)
     {
         std::thread platform([&] {

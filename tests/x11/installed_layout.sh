@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs the build as a user would and starts the installed program the way
 # the desktop's menu entry does. The layout must hold the programs, the maps,
-# the manual, the menu entry, the icon, the AppStream data and the manual
-# pages; the installed program must find its maps and manual through it, write
+# the manual, the menu entry, the icon (drawn and in pixel sizes), the
+# AppStream data, the copyright file and the manual pages; the installed program must find its maps and manual through it, write
 # a login entry that starts it and take it back, and quit with status 0.
 #   installed_layout.sh BUILD_DIR       cmake --install into a temporary prefix
 #   installed_layout.sh BUILD_DIR deb   cpack's Debian package, unpacked with dpkg -x
@@ -17,7 +17,11 @@ if [[ ${2:-} == deb ]]; then
         x11_fail "cpack failed: $(cat "$X11_WORK/cpack.log")"
     package=$(echo "$X11_WORK"/package/tessera_*.deb)
     depends=$(dpkg-deb -f "$package" Depends)
-    dependencies=(libqt5widgets5 libqt5svg5)
+    if [[ ${TESSERA_QT:-5} == 6 ]]; then
+        dependencies=(libqt6widgets6 libqt6svg6 qt6-qpa-plugins)
+    else
+        dependencies=(libqt5widgets5 libqt5svg5)
+    fi
     [[ -n ${TESSERA_BUILT_WITHOUT_ALSA:-} ]] || dependencies+=(libasound2)
     for dependency in "${dependencies[@]}"; do
         [[ $depends == *"$dependency"* ]] || x11_fail "the package does not depend on $dependency: $depends"
@@ -33,7 +37,8 @@ fi
 for path in bin/tessera bin/tessera-rules lib/tessera/Resources/Maps/mixer_map.json share/tessera/HelpManual.pdf \
     share/applications/com.kestrel.Tessera.desktop share/metainfo/com.kestrel.Tessera.metainfo.xml \
     share/icons/hicolor/scalable/apps/com.kestrel.Tessera.svg share/icons/hicolor/16x16/apps/com.kestrel.Tessera.png \
-    share/man/man1/tessera.1.gz share/man/man1/tessera-rules.1.gz; do
+    share/icons/hicolor/256x256/apps/com.kestrel.Tessera.png share/doc/tessera/copyright \
+    share/man/man1/tessera.1.gz share/man/man1/tessera-rules.1.gz share/man/man1/mixer-sim.1.gz; do
     [[ -s $root$prefix/$path ]] || x11_fail "$path is not installed"
 done
 

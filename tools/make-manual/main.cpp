@@ -6,14 +6,15 @@
 // Images are looked up relative to the Markdown file and scaled down to the
 // text width, so screenshots of any size fit the page. Code blocks keep their
 // lines whole, as they are copied from the PDF: a line too long for the page
-// is an error. Each heading is a bookmark.
+// is an error. Each heading is a bookmark. With SOURCE_DATE_EPOCH set, the PDF
+// carries that date instead of the time it was made.
 
 #include "tools/make-manual/PdfOutline.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QImage>
@@ -39,6 +40,7 @@ const qreal PAGE_MARGIN_MM = 20.0;
 // Room at the foot of each page for its number.
 const qreal FOOTER_POINTS = 18.0;
 const qreal POINTS_PER_INCH = 72.0;
+const int CODE_POINT_SIZE = 9;
 
 bool ReadMarkdown(const QString& path, QString& markdown)
 {
@@ -67,12 +69,13 @@ void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal te
     format.setHeight(image.height() * width / image.width());
 }
 
-// The Markdown reader marks code with the platform's fixed-width font, which
-// the offscreen platform that renders the manual reports as a proportional
-// one; code is set in a real monospace face instead, and code blocks are
-// indented and shaded so that commands stand out from the prose. Their lines
-// are never broken: a JSON example copied from the page must stay JSON.
-// Returns false when a code line does not fit the text width.
+// Of all text, the Markdown reader gives only code a font family: the
+// platform's fixed-width font, which the offscreen platform that renders the
+// manual reports as a proportional one; code is set in a real monospace face
+// instead, and code blocks are indented and shaded so that commands stand out
+// from the prose. Their lines are never broken: a JSON example copied from
+// the page must stay JSON. Returns false when a code line does not fit the
+// text width.
 bool AdjustFormats(QTextDocument& document, qreal textWidth)
 {
     // Tables come with a doubled frame and no room in their cells.
@@ -90,8 +93,7 @@ bool AdjustFormats(QTextDocument& document, qreal textWidth)
         table->setFormat(tableFormat);
     }
 
-    const QString platformFixedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
-    const QFont codeFont(QStringLiteral("DejaVu Sans Mono"), 9);
+    const QFont codeFont(QStringLiteral("DejaVu Sans Mono"), CODE_POINT_SIZE);
     bool fits = true;
     QTextCursor cursor(&document);
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
@@ -121,10 +123,11 @@ bool AdjustFormats(QTextDocument& document, qreal textWidth)
                 FitImageToWidth(document, imageFormat, textWidth);
                 format = imageFormat;
             }
-            else if (format.fontFamily() == platformFixedFamily)
+            else if (format.hasProperty(QTextFormat::FontFamilies))
             {
-                format.setFont(block.blockFormat().nonBreakableLines() ? codeFont
-                                   : QFont(QStringLiteral("DejaVu Sans Mono"), format.font().pointSize()));
+                format.setFontFamilies({QStringLiteral("DejaVu Sans Mono")});
+                if (block.blockFormat().nonBreakableLines())
+                    format.setFontPointSize(CODE_POINT_SIZE);
             }
             else
                 continue;
@@ -134,6 +137,35 @@ bool AdjustFormats(QTextDocument& document, qreal textWidth)
         }
     }
     return fits;
+}
+
+// The PDF writer dates the document with the current time. A build that
+// gives a date of its own (SOURCE_DATE_EPOCH, as reproducible builds do) gets
+// it written over that one, in UTC and so with the same length, which keeps
+// the file's table of byte offsets true.
+bool StampCreationDate(const QString& path)
+{
+    bool isNumber = false;
+    const qint64 epoch = qEnvironmentVariable("SOURCE_DATE_EPOCH").toLongLong(&isNumber);
+    if (!isNumber)
+        return true;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite))
+    {
+        std::fprintf(stderr, "make-manual: cannot rewrite %s\n", qPrintable(path));
+        return false;
+    }
+    const QByteArray pdf = file.readAll();
+    const QByteArray key = "/CreationDate (D:";
+    const QByteArray date =
+        QDateTime::fromSecsSinceEpoch(epoch).toUTC().toString(QStringLiteral("yyyyMMddHHmmss'Z)'")).toLatin1();
+    const auto at = pdf.indexOf(key);
+    if (at < 0 || pdf.mid(at + key.size() + date.size() - 2, 2) != "Z)")
+    {
+        std::fprintf(stderr, "make-manual: %s has no creation date in UTC\n", qPrintable(path));
+        return false;
+    }
+    return file.seek(at + key.size()) && file.write(date) == date.size();
 }
 
 } // namespace
@@ -207,6 +239,8 @@ int main(int argc, char* argv[])
         }
     }
 
+    if (!StampCreationDate(arguments.at(2)))
+        return 1;
     QString error;
     if (!cPdfOutline::Append(arguments.at(2), bookmarks, error))
     {

@@ -2,23 +2,21 @@
 
 #include "Application/DebugTrace.h"
 
+#include <QSocketNotifier>
+
 #include <alsa/asoundlib.h>
 
 #include <cerrno>
 #include <cstdarg>
-#include <cstdint>
-#include <cstring>
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace
 {
 const char* const CLIENT_NAME = "Tessera";
 
-// The kernel's largest pools. The defaults overflow when a System Exclusive
-// burst arrives faster than the reader thread picks it up, and the kernel
-// then drops events without telling the sender.
+// The kernel's largest pools. The input pool holds what arrives while the
+// event loop is busy elsewhere; the defaults overflow when a System Exclusive
+// burst comes in meanwhile.
 const int POOL_SIZE = 2000;
 // Must hold the largest single event the input pool can carry, or a long
 // System Exclusive could never be read.
@@ -108,18 +106,10 @@ bool cSequencerALSA::IsOpen() const
 
 cSequencerALSA::~cSequencerALSA()
 {
-    if (reader.joinable())
+    // Before the descriptors they watch are closed.
+    for (QSocketNotifier* notifier : notifiers)
     {
-        const uint64_t wake = 1;
-        if (write(wakeDescriptor, &wake, sizeof wake) != sizeof wake)
-        {
-            DebugErrTrace(DEBUG_LOCATION, "Failed to wake the ALSA reader thread: %s", std::strerror(errno));
-        }
-        reader.join();
-    }
-    if (wakeDescriptor >= 0)
-    {
-        close(wakeDescriptor);
+        delete notifier;
     }
     for (const auto& encoder : encoders)
     {
@@ -139,8 +129,10 @@ cSequencerALSA::~cSequencerALSA()
 bool cSequencerALSA::Open()
 {
     // Our own trace line says why opening failed; alsa-lib's would repeat it.
+    // Reading must never block the event loop; sending does not wait either
+    // way, as every event goes out directly.
     snd_lib_error_set_handler(IgnoreALSAError);
-    int result = snd_seq_open(&handle, "default", SND_SEQ_OPEN_DUPLEX, 0);
+    int result = snd_seq_open(&handle, "default", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK);
     snd_lib_error_set_handler(TraceALSAError);
     if (result < 0)
     {
@@ -175,13 +167,14 @@ bool cSequencerALSA::Open()
     snd_midi_event_no_status(decoder, 1);
     decoded.resize(SYSEX_CHUNK_SIZE);
 
-    wakeDescriptor = eventfd(0, EFD_CLOEXEC);
-    if (wakeDescriptor < 0)
+    std::vector<pollfd> descriptors(static_cast<size_t>(snd_seq_poll_descriptors_count(handle, POLLIN)));
+    snd_seq_poll_descriptors(handle, descriptors.data(), static_cast<unsigned int>(descriptors.size()), POLLIN);
+    for (const pollfd& descriptor : descriptors)
     {
-        DebugErrTrace(DEBUG_LOCATION, "Failed to create the ALSA reader wake-up: %s", std::strerror(errno));
-        return false;
+        QSocketNotifier* notifier = new QSocketNotifier(descriptor.fd, QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this, &cSequencerALSA::ReadEvents);
+        notifiers.push_back(notifier);
     }
-    reader = std::thread(&cSequencerALSA::ReadEvents, this);
     return true;
 }
 
@@ -295,7 +288,6 @@ bool cSequencerALSA::Subscribe(sPortAddressALSA sender, sPortAddressALSA destina
 
 void cSequencerALSA::SetReceiver(int port, cSequencerReceiverALSA* receiver)
 {
-    std::lock_guard<std::mutex> lock(receiversMutex);
     if (receiver)
     {
         receivers[port] = receiver;
@@ -366,50 +358,38 @@ snd_midi_event_t* cSequencerALSA::GetEncoder(int port)
     return encoder;
 }
 
-// Waits on the sequencer and on the wake-up descriptor, which the destructor
-// signals; a timeout would either delay shutdown or wake the thread for nothing.
+// The first read fetches everything the kernel holds for us (the input
+// buffer takes more than the input pool can hold); the following ones hand
+// out what it fetched. So a burst is read in one go, and once the buffer is
+// used up nothing is left unseen: whatever arrived meanwhile waits in the
+// kernel, where the event loop sees it on its next pass.
 void cSequencerALSA::ReadEvents()
 {
-    const int count = snd_seq_poll_descriptors_count(handle, POLLIN);
-    std::vector<pollfd> descriptors(static_cast<size_t>(count) + 1);
-    snd_seq_poll_descriptors(handle, descriptors.data(), static_cast<unsigned int>(count), POLLIN);
-    pollfd& wake = descriptors.back();
-    wake = {wakeDescriptor, POLLIN, 0};
-    for (;;)
+    do
     {
-        if (poll(descriptors.data(), descriptors.size(), -1) < 0)
+        snd_seq_event_t* event = nullptr;
+        const int result = snd_seq_event_input(handle, &event);
+        if (result == -ENOSPC)
         {
-            if (errno == EINTR)
-            {
-                continue;
-            }
-            DebugErrTrace(DEBUG_LOCATION, "Waiting on the ALSA sequencer failed: %s", std::strerror(errno));
-            return;
+            // The kernel found our input pool full and refused what came
+            // next, and has now thrown away all that waited too.
+            DebugErrTrace(DEBUG_LOCATION, "ALSA sequencer input overrun: MIDI and port announcements that arrived "
+                "while the program was busy were lost");
         }
-        if (wake.revents != 0)
+        else if (result < 0 && result != -EAGAIN)
         {
-            return;
+            DebugErrTrace(DEBUG_LOCATION, "Reading the ALSA sequencer failed, no more MIDI is received: %s",
+                snd_strerror(result));
+            for (QSocketNotifier* notifier : notifiers)
+            {
+                notifier->setEnabled(false);
+            }
         }
-        // The first read fetches what the kernel has; the rest drain what that
-        // read buffered, without touching the kernel again.
-        do
+        else if (event)
         {
-            snd_seq_event_t* event = nullptr;
-            int result = snd_seq_event_input(handle, &event);
-            if (result == -ENOSPC)
-            {
-                DebugErrTrace(DEBUG_LOCATION, "ALSA sequencer input overrun: MIDI was lost");
-            }
-            else if (result < 0)
-            {
-                break;
-            }
-            else if (event)
-            {
-                DispatchEvent(event);
-            }
-        } while (snd_seq_event_input_pending(handle, 0) > 0);
-    }
+            DispatchEvent(event);
+        }
+    } while (snd_seq_event_input_pending(handle, 0) > 0);
 }
 
 void cSequencerALSA::DispatchEvent(const snd_seq_event_t* event)
@@ -452,10 +432,9 @@ void cSequencerALSA::DispatchEvent(const snd_seq_event_t* event)
         // Not a MIDI message: subscription notices, timer and queue events.
         return;
     }
-    std::lock_guard<std::mutex> lock(receiversMutex);
     auto found = receivers.find(event->dest.port);
     if (found != receivers.end())
     {
-        found->second->MIDIDataReceived(QByteArray(reinterpret_cast<const char*>(decoded.data()), static_cast<int>(length)));
+        found->second->MIDIDataReceived(reinterpret_cast<const char*>(decoded.data()), static_cast<int>(length));
     }
 }

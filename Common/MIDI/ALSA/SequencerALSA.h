@@ -9,9 +9,9 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
-#include <thread>
 #include <vector>
+
+class QSocketNotifier;
 
 // Kept opaque here so that users of the registry need no ALSA headers.
 typedef struct _snd_seq snd_seq_t;
@@ -19,11 +19,11 @@ typedef struct snd_midi_event snd_midi_event_t;
 typedef struct snd_seq_event snd_seq_event_t;
 
 // Takes the MIDI that arrives at one of our ports, as raw bytes, on the
-// sequencer's reader thread.
+// event-loop thread while the sequencer is being read.
 class cSequencerReceiverALSA
 {
 public:
-    virtual void MIDIDataReceived(const QByteArray& bytes) = 0;
+    virtual void MIDIDataReceived(const char* bytes, int length) = 0;
 
 protected:
     ~cSequencerReceiverALSA() = default;
@@ -48,11 +48,12 @@ struct sPortInfoALSA
     bool writable = false;  // can be written with subscription: a system output
 };
 
-// The program's one sequencer client. It owns the handle and a reader thread
-// that waits on the sequencer: MIDI events for our ports are decoded to raw
-// bytes and handed to the port's receive buffer on that thread, and port
-// announcements are passed on as signals (queued to the event loop). All other
-// calls belong to the event-loop thread.
+// The program's one sequencer client. The event loop of the thread that made
+// it watches the sequencer, and whenever events come it reads all that wait:
+// MIDI events for our ports are decoded to raw bytes and handed to the port's
+// receiver, and port announcements are emitted as signals, at once, on that
+// thread, which every other call belongs to as well. A burst of MIDI thus
+// costs one wake-up of the event loop, with no other thread in between.
 class cSequencerALSA : public QObject
 {
     Q_OBJECT
@@ -82,8 +83,7 @@ public:
     bool ConnectFrom(int port, sPortAddressALSA source);
     bool ConnectTo(int port, sPortAddressALSA destination);
 
-    // Bytes arriving at our port go to receiver; null stops the delivery, and
-    // once this returns the previous receiver is no longer called.
+    // Bytes arriving at our port go to receiver; null stops the delivery.
     void SetReceiver(int port, cSequencerReceiverALSA* receiver);
 
     // Encodes raw bytes (running status allowed, messages may span calls) and
@@ -111,18 +111,15 @@ private:
     snd_seq_t* handle = nullptr;
     int clientId = -1;
     int announcePort = -1;
-    int wakeDescriptor = -1;
-    std::thread reader;
+    std::vector<QSocketNotifier*> notifiers;
 
-    // Reader thread only.
     snd_midi_event_t* decoder = nullptr;
     std::vector<unsigned char> decoded;
 
-    // Event-loop thread only: one encoder per sending port, so that running
-    // status and a message split across writes stay with their port.
+    // One encoder per sending port, so that running status and a message
+    // split across writes stay with their port.
     std::map<int, snd_midi_event_t*> encoders;
 
-    std::mutex receiversMutex;
     std::map<int, cSequencerReceiverALSA*> receivers;
 };
 

@@ -9,7 +9,7 @@
 #include <QString>
 
 // A port that lives in memory only: what "arrives" is handed in by the owner
-// (from any thread, like a platform port), and what is written is kept and
+// (from any thread: the hand-off is locked), and what is written is kept and
 // signalled. It stands in for the mixer and the DAW where no MIDI service is
 // wanted: in tests, in the rule checker, and wherever ALSA is not available.
 class cMIDIInputOutputMemory : public cBufferedMIDIInput<cMIDIInputOutput>

@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+#include <utility>
+
 namespace
 {
 const unsigned char SYSEX_END = 0xF7;
@@ -119,7 +121,7 @@ QString cMIDIMessageDescription::Describe(const QByteArray& bytes)
     }
     unsigned char runningStatus = 0;
     QStringList descriptions;
-    for (const QByteArray& message : qAsConst(messages))
+    for (const QByteArray& message : std::as_const(messages))
     {
         descriptions.append(DescribeMessage(message, runningStatus));
     }
