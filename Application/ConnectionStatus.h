@@ -11,7 +11,9 @@ class cTCPMIDIInptOutput;
 // The TCP link to the mixer in words for the user: the state text, counting
 // down each second to the next try while Stay Connected waits; why the link
 // is down, beside that text; and a short summary for the tray. Changed() is
-// emitted whenever any of them may read otherwise.
+// emitted whenever any of them may read otherwise, after the link's own
+// state signal has reached those connected to it before this was made: what
+// they show of it can be completed here.
 class cConnectionStatus : public QObject
 {
     Q_OBJECT

@@ -66,7 +66,6 @@ cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWid
     connect(tcpMIDIInputOutput, &cTCPMIDIInptOutput::StateStringChanged,
         this, &cMainWindow::TCPMIDIConnectionStateStringChanged);
     connectionPolicy = new cTCPMIDIConnectionPolicy(tcpMIDIInputOutput, new cRetryTimer, this);
-    // After the link's own state text: this adds the wait and the reason.
     connectionStatus = new cConnectionStatus(tcpMIDIInputOutput, connectionPolicy, this);
     connect(connectionPolicy, &cTCPMIDIConnectionPolicy::ConnectWanted, this,
         [this]() { ui->mConnectCheckBox->setChecked(true); });
@@ -147,7 +146,6 @@ void cMainWindow::CreateUI()
     connect(ui->mConnectCheckBox, &QCheckBox::toggled, this, &cMainWindow::ConnectCheckBoxToggled);
     // Only the user's own clicks: the program unticks it in many flows.
     connect(ui->mConnectCheckBox, &QCheckBox::clicked, connectionPolicy, &cTCPMIDIConnectionPolicy::ConnectClicked);
-    // The state is shown from here on, with the tray to show it in.
     connect(connectionStatus, &cConnectionStatus::Changed, this, &cMainWindow::ShowConnectionState);
     connect(ui->mTCPIPRadioButton, &QRadioButton::toggled, this, &cMainWindow::ShowConnectionState);
 }

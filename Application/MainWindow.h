@@ -76,6 +76,8 @@ private:
     void ForceSelectUnit(QString name, QHostAddress address);
 
     QHostAddress GetSavedUnitAddress() const;
+    // The link's state with its wait and reason, in the status bar and the
+    // tray's tooltip; followed once the tray is made.
     void ShowConnectionState();
 
     Ui_MainWindow* ui;
