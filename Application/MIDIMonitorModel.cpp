@@ -3,7 +3,10 @@
 #include "Common/MIDI/Text/HexText.h"
 #include "Common/MIDI/Text/MIDIMessageDescription.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "Common/MIDI/SystemMIDIConfiguration.h"
+#include "Network/TCPMIDIInptOutput.h"
 
+#include <QDateTime>
 #include <QFont>
 #include <QStringList>
 
@@ -22,12 +25,18 @@ const size_t MAXIMUM_MATCH_SEARCH_ROWS = 64;
 // A row on screen shows the start of a long message only: every repaint
 // formats the visible rows, and a bulk dump would cost it its whole length.
 const int MAXIMUM_SHOWN_BYTES = 32;
+
+// System realtime messages are single bytes from F8 up: clock, start, stop,
+// Active Sensing and the like.
+bool IsRealtime(const unsigned char* bytes, size_t size)
+{
+    return size == 1 && bytes[0] >= 0xF8;
+}
 }
 
 cMIDIMonitorModel::cMIDIMonitorModel(cMIDITranslatorConfiguration* configuration, QObject* parent)
     : QAbstractTableModel(parent), configuration(configuration)
 {
-    clock.start();
 }
 
 int cMIDIMonitorModel::rowCount(const QModelIndex& parent) const
@@ -70,7 +79,7 @@ QVariant cMIDIMonitorModel::data(const QModelIndex& index, int role) const
 
 QVariant cMIDIMonitorModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    static const char* const HEADERS[COLUMN_COUNT] = {"Time (ms)", "Dir", "Port", "Bytes", "Message", "Rule"};
+    static const char* const HEADERS[COLUMN_COUNT] = {"Time", "Dir", "Port", "Bytes", "Message", "Rule"};
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= COLUMN_COUNT)
     {
         return QVariant();
@@ -81,19 +90,23 @@ QVariant cMIDIMonitorModel::headerData(int section, Qt::Orientation orientation,
 void cMIDIMonitorModel::MIDIMessageRead(const QString& inputName, const QByteArray& message)
 {
     lastInputName = inputName;
-    AddRow({clock.elapsed(), false, inputName, configuration->GetInputAliasOfPortName(inputName), message, QString()});
+    AddRow(false, inputName, message, QString());
 }
 
 void cMIDIMonitorModel::MIDIRuleTriggered(int identifier, const std::vector<unsigned char>& matchedBytes)
 {
     lastRuleName = configuration->GetMIDITranslatorRules().at(identifier).GetName();
-    MarkMatchedMessages(matchedBytes.size(), lastRuleName);
+    // A hidden message has no row of its own to mark, and must not take an
+    // older message's.
+    if (!hidingRealtime || !IsRealtime(matchedBytes.data(), matchedBytes.size()))
+    {
+        MarkMatchedMessages(matchedBytes.size(), lastRuleName);
+    }
 }
 
 void cMIDIMonitorModel::MIDIMessageWritten(const QString& outputName, const QByteArray& message)
 {
-    AddRow({clock.elapsed(), true, outputName, configuration->GetOutputAliasOfPortName(outputName), message,
-            lastRuleName});
+    AddRow(true, outputName, message, lastRuleName);
 }
 
 void cMIDIMonitorModel::ShowPendingRows()
@@ -116,6 +129,10 @@ void cMIDIMonitorModel::ShowPendingRows()
     std::move(pendingRows.begin(), pendingRows.end(), std::back_inserter(shownRows));
     pendingRows.clear();
     endInsertRows();
+    // Found afresh for the next batch: a new rule file or connection may
+    // have changed them meanwhile.
+    inputWhere.clear();
+    outputWhere.clear();
 }
 
 void cMIDIMonitorModel::Clear()
@@ -123,8 +140,12 @@ void cMIDIMonitorModel::Clear()
     beginResetModel();
     shownRows.clear();
     pendingRows.clear();
-    clock.restart();
     endResetModel();
+}
+
+void cMIDIMonitorModel::SetHidingRealtime(bool hiding)
+{
+    hidingRealtime = hiding;
 }
 
 QString cMIDIMonitorModel::GetRowText(int row) const
@@ -137,13 +158,51 @@ QString cMIDIMonitorModel::GetRowText(int row) const
     return cells.join(QLatin1Char('\t'));
 }
 
-void cMIDIMonitorModel::AddRow(sRow row)
+QString cMIDIMonitorModel::GetHeaderText() const
 {
+    QStringList titles;
+    for (int column = 0; column < COLUMN_COUNT; ++column)
+    {
+        titles.append(headerData(column, Qt::Horizontal).toString());
+    }
+    return titles.join(QLatin1Char('\t'));
+}
+
+void cMIDIMonitorModel::AddRow(bool outgoing, const QString& port, const QByteArray& bytes, const QString& rule)
+{
+    if (hidingRealtime && IsRealtime(reinterpret_cast<const unsigned char*>(bytes.constData()),
+                                     static_cast<size_t>(bytes.size())))
+    {
+        return;
+    }
     if (pendingRows.size() == static_cast<size_t>(MAXIMUM_ROWS))
     {
         pendingRows.pop_front();
     }
-    pendingRows.push_back(std::move(row));
+    pendingRows.push_back({QDateTime::currentMSecsSinceEpoch(), outgoing, port, GetWhere(port, outgoing), bytes, rule});
+}
+
+QString cMIDIMonitorModel::GetWhere(const QString& port, bool outgoing)
+{
+    QHash<QString, QString>& known = outgoing ? outputWhere : inputWhere;
+    const auto found = known.constFind(port);
+    if (found != known.constEnd())
+    {
+        return *found;
+    }
+    // The link to the mixer is known to the user by the address it goes to.
+    QString target = port;
+    if (port == QLatin1String(TCP_MIDI_PORT_NAME))
+    {
+        const auto* link = dynamic_cast<const cTCPMIDIInptOutput*>(
+            configuration->GetSystemMIDIConfiguration()->GetMIDIInput(port));
+        target = link ? QStringLiteral("TCP %1").arg(link->GetHostAddress().toString()) : QStringLiteral("TCP");
+    }
+    const QString alias =
+        outgoing ? configuration->GetOutputAliasOfPortName(port) : configuration->GetInputAliasOfPortName(port);
+    const QString where = alias.isEmpty() || alias == port ? target : QStringLiteral("%1 (%2)").arg(alias, target);
+    known.insert(port, where);
+    return where;
 }
 
 // A pattern may span several messages (an NRPN sequence is four), all read
@@ -176,12 +235,11 @@ QString cMIDIMonitorModel::GetCellText(const sRow& row, int column, int maximumB
     switch (column)
     {
     case TIME_COLUMN:
-        return QString::number(row.time);
+        return QDateTime::fromMSecsSinceEpoch(row.time).toString(QStringLiteral("hh:mm:ss.zzz"));
     case DIRECTION_COLUMN:
         return row.outgoing ? QStringLiteral("out") : QStringLiteral("in");
     case PORT_COLUMN:
-        return row.alias.isEmpty() || row.alias == row.port ? row.port
-                                                             : QStringLiteral("%1 (%2)").arg(row.port, row.alias);
+        return row.where;
     case BYTES_COLUMN:
         return cHexText::FormatAtMost(row.bytes, maximumBytes);
     case MESSAGE_COLUMN:

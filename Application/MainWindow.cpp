@@ -1,8 +1,12 @@
 #include "Application/MainWindow.h"
 
 #include "Application/ApplicationStrings.h"
+#include "Application/ConnectionStatus.h"
+#include "Application/FitWidthToLayout.h"
+#include "Application/HelpManual.h"
 #include "Application/IPAddressValidator.h"
 #include "Application/MixerPortList.h"
+#include "Application/SetupProblems.h"
 #include "Application/StatusBarView.h"
 #include "Application/TrayMenu.h"
 #include "Application/UnitList.h"
@@ -16,9 +20,6 @@
 #include "Network/TCPMIDIConnectionPolicy.h"
 #include "Network/TCPMIDIInptOutput.h"
 
-#include <QCoreApplication>
-#include <QDesktopServices>
-#include <QDir>
 #include <QLayout>
 #include <QMessageBox>
 #include <QSettings>
@@ -50,20 +51,22 @@ cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWid
     connect(ui->mIPAddressEdit, &QLineEdit::textChanged, this, &cMainWindow::IPAddressChanged);
     unitList.reset(new cUnitList(ui->mUnitComboBox, QHostAddress(DEFAULT_UNIT_IP_ADDRESS)));
     setFixedSize(layout()->sizeHint());
+    new cFitWidthToLayout(this);
 
     translatorConfiguration = new cMIDITranslatorConfiguration(systemMIDIConfiguration);
-    statusBarView = new cStatusBarView(statusBar(), translatorConfiguration);
+    setupProblems = new cSetupProblems(systemMIDIConfiguration, this);
+    statusBarView = new cStatusBarView(statusBar(), translatorConfiguration, setupProblems);
     mixerInputList.reset(new cMixerPortList(ui->mMixerMIDIInComboBox, translatorConfiguration,
-        &cMIDITranslatorConfiguration::SetMixerInputPortName));
+        &cMIDITranslatorConfiguration::SetMixerInputPortName, setupProblems, cSetupProblems::eKind::MixerInputPort));
     mixerOutputList.reset(new cMixerPortList(ui->mMixerMIDIOutComboBox, translatorConfiguration,
-        &cMIDITranslatorConfiguration::SetMixerOutputPortName));
+        &cMIDITranslatorConfiguration::SetMixerOutputPortName, setupProblems, cSetupProblems::eKind::MixerOutputPort));
     CreateMixerTypeComboBox();
 
     tcpMIDIInputOutput = new cTCPMIDIInptOutput(this);
     connect(tcpMIDIInputOutput, &cTCPMIDIInptOutput::StateStringChanged,
         this, &cMainWindow::TCPMIDIConnectionStateStringChanged);
     connectionPolicy = new cTCPMIDIConnectionPolicy(tcpMIDIInputOutput, new cRetryTimer, this);
-    connect(connectionPolicy, &cTCPMIDIConnectionPolicy::StateChanged, this, &cMainWindow::ShowConnectionState);
+    connectionStatus = new cConnectionStatus(tcpMIDIInputOutput, connectionPolicy, this);
     connect(connectionPolicy, &cTCPMIDIConnectionPolicy::ConnectWanted, this,
         [this]() { ui->mConnectCheckBox->setChecked(true); });
     connect(connectionPolicy, &cTCPMIDIConnectionPolicy::UnitListReleased, this, &cMainWindow::FoundUnitsChanged);
@@ -84,11 +87,11 @@ cMainWindow::cMainWindow(cSystemMIDIConfiguration* systemMIDIConfiguration, QWid
 
 cMainWindow::~cMainWindow()
 {
-    // The registry, the link and the finder may still signal while they are
-    // torn down; nothing here may answer them any more.
+    // What is torn down may still signal; nothing here may answer any more.
     translatorConfiguration->GetSystemMIDIConfiguration()->disconnect(this);
     tcpMIDIInputOutput->disconnect(this);
     connectionPolicy->disconnect(this);
+    connectionStatus->disconnect(this);
     multiUnitFinder->disconnect(this);
     delete translatorConfiguration;
     delete ui;
@@ -140,17 +143,21 @@ void cMainWindow::CreateUI()
 {
     setWindowIcon(QIcon(QStringLiteral(":/Images/Icon.svg")));
     CreateActions();
-
     connect(ui->mConnectCheckBox, &QCheckBox::toggled, this, &cMainWindow::ConnectCheckBoxToggled);
     // Only the user's own clicks: the program unticks it in many flows.
     connect(ui->mConnectCheckBox, &QCheckBox::clicked, connectionPolicy, &cTCPMIDIConnectionPolicy::ConnectClicked);
+    connect(connectionStatus, &cConnectionStatus::Changed, this, &cMainWindow::ShowConnectionState);
+    connect(ui->mTCPIPRadioButton, &QRadioButton::toggled, this, &cMainWindow::ShowConnectionState);
 }
 
 void cMainWindow::CreateActions()
 {
-    trayMenu = new cTrayMenu(translatorConfiguration, this);
+    trayMenu = new cTrayMenu(translatorConfiguration, setupProblems, this);
     connect(trayMenu, &cTrayMenu::ShowPreferencesTriggered, this, &cMainWindow::ShowPreferences);
-    connect(trayMenu, &cTrayMenu::StayConnectedTriggered, this, &cMainWindow::StayConnectedToggled);
+    connect(trayMenu, &cTrayMenu::StayConnectedTriggered, this, [this](bool checked) {
+        QSettings().setValue(settingsKeys.GetTryConnectKey(), checked);
+        connectionPolicy->StayConnectedChosen(checked);
+    });
     connect(trayMenu, &cTrayMenu::HelpTriggered, this, &cMainWindow::OpenHelpManual);
     connect(trayMenu, &cTrayMenu::AboutTriggered, this, &cMainWindow::ShowAboutMessageBox);
     connect(trayMenu, &cTrayMenu::Activated, this, &cMainWindow::SystemTrayIconActivated);
@@ -175,17 +182,16 @@ void cMainWindow::SystemTrayIconActivated(QSystemTrayIcon::ActivationReason reas
 
 void cMainWindow::ShowAboutMessageBox()
 {
-    QMessageBox::about(this, ABOUT_TITLE, ABOUT_BODY);
+    QMessageBox::about(this, ABOUT_TITLE, ABOUT_BODY + QStringLiteral("\n\n") + cHelpManual::GetAboutLine());
 }
 
 void cMainWindow::OpenHelpManual()
 {
-    // The manual lies in the resources beside the program's own directory,
-    // both in the build tree and once installed. A missing file is left to
-    // the desktop's handler to report.
-    const QString path = QCoreApplication::applicationDirPath() + QDir::separator() + QStringLiteral("..")
-        + QDir::separator() + QStringLiteral("Resources") + QDir::separator() + QStringLiteral("HelpManual.pdf");
-    QDesktopServices::openUrl(QUrl(QStringLiteral("file:///") + path));
+    // No handler at all is told at the icon, as no window may be open.
+    if (!cHelpManual::Open(QUrl(QStringLiteral("file:///") + cHelpManual::GetPath())))
+    {
+        trayMenu->ShowNotice(tr("No PDF viewer opened the manual, %1.").arg(cHelpManual::GetFile()));
+    }
 }
 
 void cMainWindow::LoadSettings()
@@ -227,6 +233,7 @@ void cMainWindow::SelectedMixerTypeChanged(int index)
 
     translatorConfiguration->LoadFromFile(cFileLocations::GetConfigurationFileDirectory()
         + mixerDawMap.GetFilePathForMixerAndDAW(mixerName, ui->mDAWTypeComboBox->currentText()));
+    setupProblems->Set(cSetupProblems::eKind::RuleFile, translatorConfiguration->GetLoadProblem());
     LoadMIDIChannelSetting();
 
     // A new choice never stays connected to the unit of the old one.
@@ -249,6 +256,7 @@ void cMainWindow::SelectedMixerTypeChanged(int index)
         ui->mTCPIPRadioButton->setChecked(true);
     }
     MixerConnectionModeToggled();
+    ShowConnectionState();
 }
 
 void cMainWindow::SelectedDAWChanged(int index)
@@ -316,6 +324,7 @@ void cMainWindow::SetMIDITranslatorMIDIChannelVariable(unsigned char channel)
 void cMainWindow::MixerConnectionModeToggled()
 {
     cSystemMIDIConfiguration* registry = translatorConfiguration->GetSystemMIDIConfiguration();
+    setupProblems->SetMIDIPortsInUse(ui->mMIDIPortsRadioButton->isChecked());
     if (ui->mMIDIPortsRadioButton->isChecked())
     {
         QSettings().setValue(settingsKeys.GetMixerConnectionTypeKey(), MIDI_MODE_SETTING);
@@ -481,21 +490,11 @@ void cMainWindow::TCPMIDIConnectionStateStringChanged(QString text)
 
 void cMainWindow::ShowConnectionState()
 {
-    if (connectionPolicy->GetState() == cTCPMIDIConnectionPolicy::eState::Retrying
-        && ui->mTCPIPRadioButton->isChecked())
+    const bool tcp = ui->mTCPIPRadioButton->isChecked();
+    if (tcp)
     {
-        statusBarView->ShowRetry(
-            tcpMIDIInputOutput->GetCurrentSocketStateDescription(), connectionPolicy->GetRetryDelayMs());
+        statusBarView->ShowState(connectionStatus->GetStateText(), connectionStatus->GetDetails());
     }
-}
-
-void cMainWindow::StayConnectedToggled(bool checked)
-{
-    QSettings().setValue(settingsKeys.GetTryConnectKey(), checked);
-    connectionPolicy->StayConnectedChosen(checked);
-    if (!checked)
-    {
-        // No next try to announce any more.
-        TCPMIDIConnectionStateStringChanged(tcpMIDIInputOutput->GetCurrentSocketStateDescription());
-    }
+    trayMenu->ShowStatus({ui->mMixerTypeComboBox->currentText(), ui->mDAWTypeComboBox->currentText(),
+        tcp ? connectionStatus->GetSummary() : tr("MIDI ports")}, connectionStatus->IsRetrying());
 }

@@ -12,9 +12,11 @@
 #include <memory>
 
 class Ui_MainWindow;
+class cConnectionStatus;
 class cMixerPortList;
 class cMIDITranslatorConfiguration;
 class cMultiUnitFinder;
+class cSetupProblems;
 class cStatusBarView;
 class cSystemMIDIConfiguration;
 class cTCPMIDIConnectionPolicy;
@@ -57,7 +59,6 @@ public slots:
     void MixerMIDIInputSelected(int index);
     void MixerMIDIOutputSelected(int index);
     void TCPMIDIConnectionStateStringChanged(QString text);
-    void StayConnectedToggled(bool checked);
 
 private:
     void CreateMixerTypeComboBox();
@@ -75,6 +76,8 @@ private:
     void ForceSelectUnit(QString name, QHostAddress address);
 
     QHostAddress GetSavedUnitAddress() const;
+    // The link's state with its wait and reason, in the status bar and the
+    // tray's tooltip; followed once the tray is made.
     void ShowConnectionState();
 
     Ui_MainWindow* ui;
@@ -84,10 +87,12 @@ private:
     cSettingsKeys settingsKeys;
     cMixerDawMap mixerDawMap;
     cMIDITranslatorConfiguration* translatorConfiguration = nullptr;
+    cSetupProblems* setupProblems = nullptr;
     std::unique_ptr<cMixerPortList> mixerInputList;
     std::unique_ptr<cMixerPortList> mixerOutputList;
     cTCPMIDIInptOutput* tcpMIDIInputOutput = nullptr;
     cTCPMIDIConnectionPolicy* connectionPolicy = nullptr;
+    cConnectionStatus* connectionStatus = nullptr;
     cMultiUnitFinder* multiUnitFinder = nullptr;
     cTrayMenu* trayMenu = nullptr;
     cStatusBarView* statusBarView = nullptr;

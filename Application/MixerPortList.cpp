@@ -14,10 +14,11 @@ const QString NO_PORT_ENTRY = QStringLiteral("-");
 const QString OFFLINE_PORT_PREFIX = QStringLiteral("(Offline) ");
 }
 
-cMixerPortList::cMixerPortList(
-    QComboBox* comboBox, cMIDITranslatorConfiguration* configuration, tSetPortName setPortName)
-    : comboBox(comboBox), configuration(configuration), setPortName(setPortName)
+cMixerPortList::cMixerPortList(QComboBox* comboBox, cMIDITranslatorConfiguration* configuration,
+                               tSetPortName setPortName, cSetupProblems* problems, cSetupProblems::eKind kind)
+    : comboBox(comboBox), configuration(configuration), setPortName(setPortName), problems(problems), kind(kind)
 {
+    comboBox->setSizeAdjustPolicy(QComboBox::AdjustToContents);
 }
 
 void cMixerPortList::Repopulate(QStringList portNames, const QString& settingsKey)
@@ -26,7 +27,7 @@ void cMixerPortList::Repopulate(QStringList portNames, const QString& settingsKe
 
     // The saved port stays the configured one even while it is unplugged, so
     // traffic resumes by itself when it comes back.
-    const QString savedPortName = QSettings().value(settingsKey).toString();
+    savedPortName = QSettings().value(settingsKey).toString();
     (configuration->*setPortName)(savedPortName);
 
     const QSignalBlocker blocker(comboBox);
@@ -35,6 +36,7 @@ void cMixerPortList::Repopulate(QStringList portNames, const QString& settingsKe
     for (const QString& portName : std::as_const(portNames))
     {
         comboBox->addItem(portName, portName);
+        comboBox->setItemData(comboBox->count() - 1, portName, Qt::ToolTipRole);
     }
     if (savedPortName.isEmpty())
     {
@@ -47,8 +49,10 @@ void cMixerPortList::Repopulate(QStringList portNames, const QString& settingsKe
     else
     {
         comboBox->addItem(OFFLINE_PORT_PREFIX + savedPortName);
+        comboBox->setItemData(comboBox->count() - 1, comboBox->itemText(comboBox->count() - 1), Qt::ToolTipRole);
         comboBox->setCurrentIndex(comboBox->count() - 1);
     }
+    ShowChoice();
 }
 
 void cMixerPortList::Select(int index, const QString& settingsKey)
@@ -57,7 +61,16 @@ void cMixerPortList::Select(int index, const QString& settingsKey)
     const QString portName = comboBox->itemData(index).toString();
     if (index == 0 || !portName.isEmpty())
     {
+        savedPortName = portName;
         (configuration->*setPortName)(portName);
         QSettings().setValue(settingsKey, portName);
     }
+    ShowChoice();
+}
+
+void cMixerPortList::ShowChoice()
+{
+    comboBox->setToolTip(comboBox->currentText());
+    const bool offline = comboBox->currentIndex() > 0 && comboBox->currentData().isNull();
+    problems->SetOfflinePort(kind, offline ? savedPortName : QString());
 }

@@ -1,14 +1,37 @@
 #include "Application/StatusBarView.h"
 
 #include "Application/MIDIActiveWidget.h"
+#include "Application/SetupProblems.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 
+#include <QLabel>
 #include <QLayout>
 #include <QStatusBar>
+#include <QStyle>
 
-cStatusBarView::cStatusBarView(QStatusBar* statusBar, cMIDITranslatorConfiguration* configuration)
-    : QObject(statusBar), statusBar(statusBar), configuration(configuration)
+cStatusBarView::cStatusBarView(QStatusBar* statusBar, cMIDITranslatorConfiguration* configuration,
+                               cSetupProblems* problems)
+    : QObject(statusBar),
+      statusBar(statusBar),
+      configuration(configuration),
+      problems(problems),
+      stateLabel(new QLabel),
+      warningSign(new QLabel)
 {
+    // A permanent widget, not the bar's message: menus clear the message
+    // whenever the pointer passes an entry. A long text is cut rather than
+    // widening the window; the tooltip has it all.
+    stateLabel->setObjectName(QStringLiteral("mStateLabel"));
+    stateLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar->addPermanentWidget(stateLabel, 1);
+
+    const int signSize = statusBar->fontMetrics().height();
+    warningSign->setObjectName(QStringLiteral("mWarningSign"));
+    warningSign->setPixmap(statusBar->style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(signSize, signSize));
+    warningSign->hide();
+    statusBar->addPermanentWidget(warningSign);
+    connect(problems, &cSetupProblems::Changed, this, &cStatusBarView::ShowProblems);
+
     AddActivityLamp(QStringLiteral("mMixerMIDIInActiveWidget"), &cMIDITranslatorConfiguration::MixerMIDIInputRead);
     AddActivityLamp(QStringLiteral("mMixerMIDIOutActiveWidget"), &cMIDITranslatorConfiguration::MixerMIDIOutputWrite);
     statusBar->layout()->setContentsMargins(0, 0, 5, 0);
@@ -23,12 +46,15 @@ void cStatusBarView::AddActivityLamp(const QString& name, void (cMIDITranslatorC
     statusBar->addPermanentWidget(lamp);
 }
 
-void cStatusBarView::ShowState(const QString& text)
+void cStatusBarView::ShowState(const QString& text, const QString& details)
 {
-    statusBar->showMessage(text);
+    stateLabel->setText(text);
+    stateLabel->setToolTip(details);
 }
 
-void cStatusBarView::ShowRetry(const QString& stateText, int delayMs)
+void cStatusBarView::ShowProblems()
 {
-    ShowState(tr("%1, next try in %2 s").arg(stateText).arg(delayMs / 1000.0));
+    const QStringList texts = problems->GetTexts();
+    warningSign->setToolTip(texts.join(QLatin1Char('\n')));
+    warningSign->setVisible(!texts.isEmpty());
 }

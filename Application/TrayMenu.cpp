@@ -1,7 +1,9 @@
 #include "Application/TrayMenu.h"
 
+#include "Application/ApplicationStrings.h"
 #include "Application/AutostartEntry.h"
 #include "Application/MIDIMonitorWindow.h"
+#include "Application/SetupProblems.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -12,10 +14,11 @@
 namespace
 {
 const QString ICON_PATH = QStringLiteral(":/Images/Icon.svg");
+const QString WARNING_ICON_PATH = QStringLiteral(":/Images/IconWarning.svg");
 }
 
-cTrayMenu::cTrayMenu(cMIDITranslatorConfiguration* configuration, QWidget* window)
-    : QObject(window), configuration(configuration), window(window)
+cTrayMenu::cTrayMenu(cMIDITranslatorConfiguration* configuration, cSetupProblems* problems, QWidget* window)
+    : QObject(window), configuration(configuration), problems(problems), window(window)
 {
     menu = new QMenu(window);
     AddAction(tr("&Show Preferences"), &cTrayMenu::ShowPreferencesTriggered);
@@ -48,6 +51,8 @@ cTrayMenu::cTrayMenu(cMIDITranslatorConfiguration* configuration, QWidget* windo
     trayIcon->setIcon(QIcon(ICON_PATH));
     trayIcon->setVisible(true);
     connect(trayIcon, &QSystemTrayIcon::activated, this, &cTrayMenu::Activated);
+    connect(problems, &cSetupProblems::Changed, this, &cTrayMenu::UpdateToolTip);
+    UpdateToolTip();
 }
 
 void cTrayMenu::AddAction(const QString& text, void (cTrayMenu::*triggered)())
@@ -64,11 +69,38 @@ void cTrayMenu::ShowMIDIMonitor()
 {
     if (!midiMonitorWindow)
     {
-        midiMonitorWindow = new cMIDIMonitorWindow(configuration, window);
+        midiMonitorWindow = new cMIDIMonitorWindow(configuration, problems, window);
     }
     midiMonitorWindow->showNormal();
     midiMonitorWindow->raise();
     midiMonitorWindow->activateWindow();
+}
+
+void cTrayMenu::ShowStatus(const QStringList& parts, bool newRetrying)
+{
+    statusText = parts.join(QStringLiteral(", "));
+    retrying = newRetrying;
+    UpdateToolTip();
+}
+
+void cTrayMenu::ShowNotice(const QString& text)
+{
+    trayIcon->showMessage(PRODUCT_NAME_STRING, text, QSystemTrayIcon::Warning);
+}
+
+void cTrayMenu::UpdateToolTip()
+{
+    const QStringList problemTexts = problems->GetTexts();
+    QStringList lines(PRODUCT_NAME_STRING + QStringLiteral(": ") + statusText);
+    lines.append(problemTexts);
+    trayIcon->setToolTip(lines.join(QLatin1Char('\n')));
+    // Setting an icon makes the tray host draw it anew: only on a change.
+    const bool warning = retrying || !problemTexts.isEmpty();
+    if (warning != showingWarning)
+    {
+        showingWarning = warning;
+        trayIcon->setIcon(QIcon(warning ? WARNING_ICON_PATH : ICON_PATH));
+    }
 }
 
 void cTrayMenu::StartAtLoginTriggered(bool checked)

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QJsonValue>
 
+#include <algorithm>
 #include <utility>
 
 const char* const MIXER_IN_ALIAS = "Mixer In";
@@ -63,11 +64,63 @@ void cMIDITranslatorConfiguration::LoadFromFile(QString path)
     ProcessRulesArray(top.value(QStringLiteral("rules")).toArray());
     ResolveOutgoingPorts();
     CreateMIDIInputMatchers();
+    DescribeWhatIsMissing(document, top);
+}
+
+// Rules left out are skipped silently or with a trace line each, which only a
+// terminal shows: the user is told how many, and where to find out why.
+void cMIDITranslatorConfiguration::DescribeWhatIsMissing(const QJsonDocument& document, const QJsonObject& top)
+{
+    if (!loadProblem.isEmpty())
+    {
+        return;
+    }
+    if (!document.isObject())
+    {
+        loadProblem = QStringLiteral("%1: the top level is not a JSON object").arg(filePath);
+        return;
+    }
+    // Elements of another JSON type are skipped without a word, as a file
+    // may hold notes among its rules.
+    QStringList leftOut;
+    const struct
+    {
+        const char* key;
+        int loaded;
+    } sections[] = {{"rules", static_cast<int>(rules.size())}, {"variables", static_cast<int>(variables.size())}};
+    for (const auto& section : sections)
+    {
+        const QJsonArray array = top.value(QLatin1String(section.key)).toArray();
+        const int objects = static_cast<int>(
+            std::count_if(array.begin(), array.end(), [](const QJsonValue& element) { return element.isObject(); }));
+        if (objects > section.loaded)
+        {
+            leftOut.append(QStringLiteral("%1 of %2 %3")
+                               .arg(objects - section.loaded)
+                               .arg(objects)
+                               .arg(QLatin1String(section.key)));
+        }
+    }
+    if (!leftOut.isEmpty())
+    {
+        loadProblem = QStringLiteral("%1: %2 left out; \"tessera-rules check %1\" says why")
+                          .arg(filePath, leftOut.join(QStringLiteral(" and ")));
+    }
+    else if (rules.isEmpty())
+    {
+        loadProblem = QStringLiteral("%1: holds no rules").arg(filePath);
+    }
+}
+
+QString cMIDITranslatorConfiguration::GetLoadProblem() const
+{
+    return loadProblem;
 }
 
 void cMIDITranslatorConfiguration::Unload()
 {
     filePath.clear();
+    loadProblem.clear();
     while (!virtualPortNames.isEmpty())
     {
         systemMIDIConfiguration->DestroyVirtualInputOutput(virtualPortNames.takeLast());
@@ -82,7 +135,7 @@ void cMIDITranslatorConfiguration::Unload()
 
 QJsonDocument cMIDITranslatorConfiguration::GetJsonDocumentFromFilePath(QString path)
 {
-    return ReadJsonDocumentFromFile(path);
+    return ReadJsonDocumentFromFile(path, &loadProblem);
 }
 
 void cMIDITranslatorConfiguration::ProcessVirtualPortsArray(QJsonArray array)

@@ -38,6 +38,11 @@ public:
 
     void LoadFromFile(QString path);
     void Unload();
+    // What went wrong with the last load, in words for the user, or empty:
+    // a file that could not be read (a syntax error with its line and
+    // column), rules and variables that were left out, or no rules at all.
+    // The error trace, where there is one, says it for the log.
+    QString GetLoadProblem() const;
 
     QString GetInputPortNameFromAlias(QString name) const;
     QString GetOutputPortNameFromAlias(QString name) const;
@@ -80,6 +85,7 @@ private:
     void ProcessPortAliasObject(QJsonObject object);
     void ProcessVariablesArray(QJsonArray array);
     void ProcessRulesArray(QJsonArray array);
+    void DescribeWhatIsMissing(const QJsonDocument& document, const QJsonObject& top);
     void CreateMIDIInputMatchers();
     void DestroyMIDIInputMatchers();
     void ResolveOutgoingPorts();
@@ -103,6 +109,7 @@ private:
     QList<cMIDITranslatorVariable> variables;
     QJsonDocument document;
     QString filePath;
+    QString loadProblem;
     cMIDITrafficListener* trafficListener = nullptr;
     // Per rule, indexed by identifier: where its output goes.
     QVector<QVector<sOutgoingPort>> ruleOutgoingPorts;

@@ -20,10 +20,11 @@ cTCPMIDIConnectionPolicy::cTCPMIDIConnectionPolicy(cTCPMIDIInptOutput* link, cRe
         Qt::QueuedConnection);
 }
 
-void cTCPMIDIConnectionPolicy::Connect(const QString& unitName, const QHostAddress& newAddress)
+void cTCPMIDIConnectionPolicy::Connect(const QString& newUnitName, const QHostAddress& newAddress)
 {
     address = newAddress;
-    savedUnitName = unitName;
+    unitName = newUnitName;
+    savedUnitName = newUnitName;
     savedUnitAddress = newAddress;
     connectTicked = true;
     nextDelayMs = FIRST_RETRY_DELAY_MS;
@@ -108,9 +109,24 @@ cTCPMIDIConnectionPolicy::eState cTCPMIDIConnectionPolicy::GetState() const
     return state;
 }
 
+QString cTCPMIDIConnectionPolicy::GetUnitName() const
+{
+    return unitName;
+}
+
+QHostAddress cTCPMIDIConnectionPolicy::GetAddress() const
+{
+    return address;
+}
+
 qint64 cTCPMIDIConnectionPolicy::GetNextTryMs() const
 {
     return nextTryMs;
+}
+
+qint64 cTCPMIDIConnectionPolicy::GetMsUntilNextTry() const
+{
+    return std::max<qint64>(nextTryMs - retryTimer->GetNowMs(), 0);
 }
 
 int cTCPMIDIConnectionPolicy::GetRetryDelayMs() const

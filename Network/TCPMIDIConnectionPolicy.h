@@ -65,8 +65,14 @@ public:
     void SetChosenUnit(const QString& name, const QHostAddress& address);
 
     eState GetState() const;
+    // The unit Connect was last ticked for, by its name in the unit list,
+    // and the address it was connected to.
+    QString GetUnitName() const;
+    QHostAddress GetAddress() const;
     // On the timer's clock; meaningful while Retrying.
     qint64 GetNextTryMs() const;
+    // How long until then; meaningful while Retrying.
+    qint64 GetMsUntilNextTry() const;
     // The wait that led to the next try, as it was when it was set.
     int GetRetryDelayMs() const;
     // Whether a new list of found units should be left unshown for now: a
@@ -106,6 +112,8 @@ private:
     QHostAddress savedUnitAddress;
     QString chosenUnitName;
     QHostAddress chosenUnitAddress;
+    // What Connect was ticked for.
+    QString unitName;
     QHostAddress address;
 
     int nextDelayMs = FIRST_RETRY_DELAY_MS;

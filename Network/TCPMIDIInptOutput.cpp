@@ -143,9 +143,58 @@ QString cTCPMIDIInptOutput::GetSocketStateDescription(QAbstractSocket::SocketSta
     return QString();
 }
 
+QHostAddress cTCPMIDIInptOutput::GetHostAddress() const
+{
+    return hostAddress;
+}
+
+cTCPMIDIInptOutput::eFailure cTCPMIDIInptOutput::GetLastFailure() const
+{
+    return lastFailure;
+}
+
+QString cTCPMIDIInptOutput::GetLastFailureText() const
+{
+    return lastFailureText;
+}
+
 void cTCPMIDIInptOutput::StateChanged(QAbstractSocket::SocketState state)
 {
+    // Only the socket's own changes tell something; the socket records its
+    // error before it announces the state the error leads to.
+    if (socket && state == QAbstractSocket::ConnectedState)
+    {
+        lastFailure = eFailure::None;
+        lastFailureText.clear();
+    }
+    else if (socket && state == QAbstractSocket::UnconnectedState)
+    {
+        lastFailure = ClassifyFailure(socket->error(), socket->errorString());
+        lastFailureText = socket->errorString();
+    }
     emit StateStringChanged(GetSocketStateDescription(state));
+}
+
+cTCPMIDIInptOutput::eFailure cTCPMIDIInptOutput::ClassifyFailure(QAbstractSocket::SocketError error,
+                                                                 const QString& text)
+{
+    switch (error)
+    {
+    case QAbstractSocket::ConnectionRefusedError:
+        return eFailure::Refused;
+    case QAbstractSocket::RemoteHostClosedError:
+        return eFailure::ClosedByPeer;
+    case QAbstractSocket::SocketTimeoutError:
+        return eFailure::NoAnswer;
+    case QAbstractSocket::NetworkError:
+        // The system's reasons for an attempt that failed on the way (no
+        // route, no host, no answer) all come as this one error; only the
+        // socket's text, which is not translated, tells them apart.
+        return text.contains(QLatin1String("timed out"), Qt::CaseInsensitive) ? eFailure::NoAnswer
+                                                                               : eFailure::Unreachable;
+    default:
+        return eFailure::Other;
+    }
 }
 
 // Read straight into the buffer, which keeps its room from read to read.

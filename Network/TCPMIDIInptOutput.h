@@ -22,6 +22,18 @@ class cTCPMIDIInptOutput : public cMIDIInputOutput
 public:
     static const quint16 MIXER_MIDI_PORT = 51325;
 
+    // Why the link last went down by itself: the attempt was refused, had no
+    // answer or could not reach the address, or the console closed the link.
+    enum class eFailure
+    {
+        None,
+        Refused,
+        NoAnswer,
+        Unreachable,
+        ClosedByPeer,
+        Other
+    };
+
     explicit cTCPMIDIInptOutput(QObject* parent = nullptr);
     ~cTCPMIDIInptOutput() override;
 
@@ -37,6 +49,13 @@ public:
     QAbstractSocket::SocketState GetSocketState() const;
     QString GetCurrentSocketStateDescription() const;
     static QString GetSocketStateDescription(QAbstractSocket::SocketState state);
+    // The address last connected to.
+    QHostAddress GetHostAddress() const;
+    // Kept until a connection is made; disconnecting on purpose, also to
+    // try again, leaves it as it was. GetLastFailureText is the socket's own
+    // words for it.
+    eFailure GetLastFailure() const;
+    QString GetLastFailureText() const;
 
     void ReadMIDIData(QByteArray& data) override;
     // Sent only while connected; dropped otherwise.
@@ -50,9 +69,13 @@ public slots:
     void StateChanged(QAbstractSocket::SocketState state);
 
 private:
+    static eFailure ClassifyFailure(QAbstractSocket::SocketError error, const QString& text);
+
     QTcpSocket* socket;
     QHostAddress hostAddress;
     QByteArray receivedData;
+    eFailure lastFailure = eFailure::None;
+    QString lastFailureText;
 };
 
 #endif

@@ -12,6 +12,7 @@
 
 #ifdef TESSERA_BENCH_MONITOR
 #include "Application/MIDIMonitorWindow.h"
+#include "Application/SetupProblems.h"
 #include "bench/WidgetBenchmarkMain.h"
 #endif
 
@@ -167,7 +168,8 @@ void BM_Dispatch(benchmark::State& state)
     }
 
 #ifdef TESSERA_BENCH_MONITOR
-    cMIDIMonitorWindow monitor(&configuration);
+    cSetupProblems problems(registry);
+    cMIDIMonitorWindow monitor(&configuration, &problems);
     if (state.range(1) != 0)
     {
         monitor.show();

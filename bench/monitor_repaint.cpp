@@ -5,6 +5,7 @@
 
 #include "Application/MIDIMonitorModel.h"
 #include "Application/MIDIMonitorWindow.h"
+#include "Application/SetupProblems.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "bench/WidgetBenchmarkMain.h"
@@ -25,8 +26,10 @@ QByteArray SystemExclusive(int length)
 
 void BM_MonitorRepaint(benchmark::State& state)
 {
-    cMIDITranslatorConfiguration configuration(new cSystemMIDIConfigurationMemory);
-    cMIDIMonitorWindow monitor(&configuration);
+    auto* registry = new cSystemMIDIConfigurationMemory;
+    cMIDITranslatorConfiguration configuration(registry);
+    cSetupProblems problems(registry);
+    cMIDIMonitorWindow monitor(&configuration, &problems);
     // Wider than the offscreen screen, so that every column is painted.
     monitor.resize(2000, 400);
     monitor.show();

@@ -16,10 +16,10 @@ TESSERA_QT6_PACKAGES=(qt6-base-dev qt6-base-dev-tools qt6-svg-dev qt6-qpa-plugin
 # namespace (iproute2), window tests under Xvfb with a small tray host, driven
 # with xdotool and inspected with xwininfo (x11-utils) and python3; the menu
 # entry, AppStream data, manual pages and the package are checked with their
-# validators and lintian; ALSA tests run against ALSA's own tools (aconnect,
-# aseqdump, aplaymidi, amidi).
+# validators and lintian, the user manual's PDF with poppler's tools; ALSA
+# tests run against ALSA's own tools (aconnect, aseqdump, aplaymidi, amidi).
 TESSERA_TEST_PACKAGES=(libbenchmark-dev clang libclang-rt-14-dev iproute2 util-linux xvfb xauth trayer
-    xdotool x11-utils python3 desktop-file-utils appstream man-db lintian alsa-utils)
+    xdotool x11-utils python3 desktop-file-utils appstream man-db lintian poppler-utils alsa-utils)
 # Where the kernel has no ALSA sequencer, its tests run in a small VM: qemu
 # boots Debian's kernel (it has the sound modules), busybox mounts this
 # machine's files in it and kmod loads the modules.

@@ -22,6 +22,7 @@ private slots:
         cStdoutCapture capture;
         {
             cSystemMIDIConfigurationALSA registry;
+            QVERIFY(!registry.HasSystemMIDI());
             registry.CreateVirtualInputOutput(QStringLiteral("Tessera DAW"));
             QVERIFY(registry.GetSystemMIDIInputNames().isEmpty());
             QVERIFY(registry.GetSystemMIDIOutputNames().isEmpty());

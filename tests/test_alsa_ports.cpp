@@ -51,6 +51,7 @@ private slots:
         QVERIFY(mixer.IsOpen());
         mixer.CreatePort("Console");
         cSystemMIDIConfigurationALSA registry;
+        QVERIFY(registry.HasSystemMIDI());
         QVERIFY(registry.GetSystemMIDIInputNames().contains(QStringLiteral("Test Mixer:Console")));
         QVERIFY(registry.GetSystemMIDIOutputNames().contains(QStringLiteral("Test Mixer:Console")));
 

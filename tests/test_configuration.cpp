@@ -62,6 +62,9 @@ private slots:
             names.append(rule.GetName());
         }
         QCOMPARE(names, QStringList({"Fader level", "Mute", "Select", "Program"}));
+        const QString path = TestDataFile("config/translator.json");
+        QCOMPARE(configuration->GetLoadProblem(),
+            path + ": 1 of 5 rules left out; \"tessera-rules check " + path + "\" says why");
 
         // Fader and Mute share the desk's matcher; Mute has one of its own on the
         // footswitch; Select and Program share the DAW port's.
@@ -192,17 +195,24 @@ private slots:
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("error");
+        // What the user is told, after the file's path.
+        QTest::addColumn<QString>("problem");
 
-        QTest::newRow("missing") << TestDataFile("config/missing.json") << "^ERROR: Could not open file: .*/config/missing.json\t";
+        QTest::newRow("missing") << TestDataFile("config/missing.json")
+                                 << "^ERROR: Could not open file: .*/config/missing.json\t" << ": cannot be opened: ";
         QTest::newRow("syntax error") << TestDataFile("config/syntax_error.json")
-                                      << "^ERROR: Json Parse Error: .+ for file .*/config/syntax_error.json\t";
-        QTest::newRow("top-level array") << TestDataFile("config/top_level_array.json") << "";
+                                      << "^ERROR: Json Parse Error: .+ for file .*/config/syntax_error.json\t"
+                                      << ":4:1: JSON syntax error: unterminated object";
+        QTest::newRow("top-level array") << TestDataFile("config/top_level_array.json") << ""
+                                         << ": the top level is not a JSON object";
+        QTest::newRow("no rules") << TestDataFile("config/empty_object.json") << "" << ": holds no rules";
     }
 
     void BadFileLeavesEmptyWorkingConfiguration()
     {
         QFETCH(QString, file);
         QFETCH(QString, error);
+        QFETCH(QString, problem);
 
         const QStringList errors = ErrorLinesOf([&] { configuration->LoadFromFile(file); });
         if (error.isEmpty())
@@ -218,6 +228,7 @@ private slots:
         QCOMPARE(configuration->GetMIDITranslatorRules().size(), 0);
         QCOMPARE(configuration->GetMIDITranslatorVariables().size(), 0);
         QCOMPARE(MatcherCount(), 0);
+        QVERIFY2(configuration->GetLoadProblem().startsWith(file + problem), qPrintable(configuration->GetLoadProblem()));
 
         configuration->LoadFromFile(TestDataFile("config/translator.json"));
         QCOMPARE(fixture->Through("Desk", {"B0 07 64"}, "Tessera DAW"), QStringList{"E0 04 64"});

@@ -13,14 +13,18 @@
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "support/MixerSimProcess.h"
 #include "support/PrivateNetwork.h"
+#include "support/ProgramSettings.h"
 #include "support/TestHelpers.h"
 
 #include <QAction>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QNetworkInterface>
 #include <QPushButton>
@@ -142,7 +146,16 @@ public:
         QObject::connect(Port(QStringLiteral("Tessera DAW")), &cMIDIInputOutputMemory::MIDIWritten, window.get(),
             [this, &lit]() { lit = LampIsLit(InputLamp()); }, Qt::QueuedConnection);
     }
-    QString Status() const { return window->statusBar()->currentMessage(); }
+    // The state, with its details as tooltip, and the warning sign, with the
+    // problems as its tooltip; and what the tray tooltip says of both.
+    QString Status() const { return Widget<QLabel>("mStateLabel")->text(); }
+    QString StatusDetails() const { return Widget<QLabel>("mStateLabel")->toolTip(); }
+    QString Warning() const
+    {
+        QLabel* sign = Widget<QLabel>("mWarningSign");
+        return sign->isVisibleTo(window.get()) ? sign->toolTip() : QString();
+    }
+    QString TrayToolTip() const { return window->findChild<QSystemTrayIcon*>()->toolTip(); }
     cMIDIInputOutputMemory* Port(const QString& name) const { return registry->GetMemoryInputOutput(name); }
 
     cSystemMIDIConfigurationMemory* registry;
@@ -163,10 +176,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY(settingsDirectory.isValid());
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDirectory.path());
-        QCoreApplication::setOrganizationName(ORGANISATION_NAME_STRING);
-        QCoreApplication::setOrganizationDomain(ORGANISATION_DOMAIN_STRING);
-        QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
+        UseSettingsIn(settingsDirectory.path());
         // The login entry goes beside the settings, not into the user's own.
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(settingsDirectory.path()));
     }
@@ -181,7 +191,8 @@ private slots:
         cWindowUnderTest t;
         QCOMPARE(Items(t.Mixer()), QStringList({"Tx-12", "Tx-16"}));
         QCOMPARE(t.Mixer()->currentText(), QStringLiteral("Tx-12"));
-        QCOMPARE(Items(t.Protocol()), QStringList({"Fader Protocol", "Note Protocol", "Unmapped Protocol"}));
+        QCOMPARE(Items(t.Protocol()),
+            QStringList({"Fader Protocol", "Note Protocol", "Unmapped Protocol", "Broken Protocol"}));
         QCOMPARE(t.Protocol()->currentText(), QStringLiteral("Fader Protocol"));
         QCOMPARE(t.Channel()->currentText(), QStringLiteral("2"));
         QVERIFY(t.MIDIPorts()->isChecked());
@@ -191,6 +202,8 @@ private slots:
         QVERIFY(!t.Connect()->isChecked());
         QVERIFY(t.Input()->isVisibleTo(t.window.get()));
         QVERIFY(!t.Units()->isVisibleTo(t.window.get()));
+        QCOMPARE(t.Warning(), QString());
+        QCOMPARE(t.TrayToolTip(), QStringLiteral("Tessera: Tx-12, Fader Protocol, MIDI ports"));
     }
 
     // The entries themselves are followed by the tray checks on a real X
@@ -210,6 +223,12 @@ private slots:
         }
         QCOMPARE(texts, QStringList({"&Show Preferences", "MIDI Monitor", "--", "Stay Connected", "Start at Login", "--",
                             "&Help", "&About", "--", "&Quit"}));
+        // tessera(1) tells what each entry does.
+        const QString manPage = QString::fromUtf8(ReadFile(TestDataFile("../../docs/man/tessera.1.md")));
+        for (const QString& text : texts.filter(QRegularExpression("^[^-]")))
+        {
+            QVERIFY2(manPage.contains("\n**" + QString(text).remove('&') + "**\n:   "), qPrintable(text));
+        }
 
         // Only a double click on the icon opens the window.
         emit trayIcon->activated(QSystemTrayIcon::Trigger);
@@ -348,10 +367,18 @@ private slots:
         cWindowUnderTest t;
         QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
         QCOMPARE(t.Input()->currentIndex(), 1);
+        const QString offline = "Input Port \"Gone Port\" is offline: plug it in, or choose another port.";
+        QCOMPARE(t.Warning(), offline);
+        QCOMPARE(t.TrayToolTip(), "Tessera: Tx-16, Fader Protocol, MIDI ports\n" + offline);
+        // The mixer's ports are not used in the TCP/IP mode.
+        t.TCPIP()->click();
+        QCOMPARE(t.Warning(), QString());
+        t.MIDIPorts()->click();
 
         t.registry->AddSystemInputOutput("Gone Port");
         QCOMPARE(Items(t.Input()), QStringList({"-", "Gone Port"}));
         QCOMPARE(t.Input()->currentText(), QStringLiteral("Gone Port"));
+        QCOMPARE(t.Warning(), QString());
         t.Port("Gone Port")->ReceiveMIDIData(QByteArray::fromHex("B10722"));
         QCOMPARE(Written(t.Port(DAW_PORT)).toHex(' '), QByteArray("b1 07 22"));
 
@@ -359,9 +386,34 @@ private slots:
         QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
         QCOMPARE(settings.value("Tx-16/MIDI/InputPort").toString(), QStringLiteral("Gone Port"));
 
+        QCOMPARE(t.Warning(), offline);
         Choose(t.Input(), "-");
         QCOMPARE(Items(t.Input()), QStringList({"-", "(Offline) Gone Port"}));
         QCOMPARE(settings.value("Tx-16/MIDI/InputPort").toString(), QString());
+        QCOMPARE(t.Warning(), QString());
+    }
+
+    // Names that differ only at their end are told apart: the list is as
+    // wide as its longest name, and the window, still of fixed size, as
+    // wide as the list.
+    void LongPortNamesAreShownWhole()
+    {
+        cWindowUnderTest t;
+        t.window->show();
+        QCoreApplication::processEvents();
+        const int width = t.window->width();
+        const QString longName = "Virtual Raw MIDI 0-0:VirMIDI 0-0 on the stage box behind the monitor desk";
+        t.registry->AddSystemInputOutput(longName);
+        Choose(t.Input(), longName);
+        QTRY_VERIFY(t.Input()->width() > t.Input()->fontMetrics().horizontalAdvance(longName));
+        QVERIFY(t.window->width() > width);
+        QCOMPARE(t.window->minimumSize(), t.window->maximumSize());
+        QCOMPARE(t.Input()->toolTip(), longName);
+        QCOMPARE(t.Input()->itemData(1, Qt::ToolTipRole).toString(), longName);
+
+        Choose(t.Input(), "-");
+        t.registry->RemoveSystemInputOutput(longName);
+        QTRY_COMPARE(t.window->width(), width);
     }
 
     // The address field's validator rates what is typed (typing cannot go
@@ -391,9 +443,56 @@ private slots:
         QVERIFY(t.Connect()->isEnabled());
     }
 
+    // Beside the state text, why the link is down and what to do, and the
+    // same in short in the tray's tooltip.
+    void ConnectionFailuresAreExplained()
+    {
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}});
+        cWindowUnderTest t;
+        t.Address()->setText("127.0.0.9");
+        t.Connect()->click();
+        QTRY_VERIFY(t.StatusDetails().startsWith("127.0.0.9 refused the connection"));
+        QCOMPARE(t.Status(), QStringLiteral("Not Connected"));
+        QVERIFY(t.StatusDetails().endsWith("Connect stays ticked: untick and tick it to try again, or turn on Stay "
+                                           "Connected in the tray menu."));
+        QCOMPARE(t.TrayToolTip(), QStringLiteral("Tessera: Tx-16, Fader Protocol, not connected to 127.0.0.9: refused"));
+
+        cMixerSimProcess sim({"--address", "127.0.0.9"});
+        QVERIFY(sim.IsListening());
+        t.Connect()->click();
+        t.Connect()->click();
+        QTRY_COMPARE(t.Status(), QStringLiteral("Connected"));
+        QCOMPARE(t.StatusDetails(), QStringLiteral("Connected to 127.0.0.9, port 51325."));
+        QCOMPARE(t.TrayToolTip(), QStringLiteral("Tessera: Tx-16, Fader Protocol, connected to 127.0.0.9"));
+        QVERIFY(sim.Stop());
+        QTRY_VERIFY(t.StatusDetails().startsWith("The console at 127.0.0.9 closed the connection."));
+        QCOMPARE(t.Status(), QStringLiteral("Not Connected"));
+        QVERIFY(t.TrayToolTip().endsWith("not connected to 127.0.0.9: closed by the console"));
+
+        // Unticked, nothing is wrong.
+        t.Connect()->click();
+        QCOMPARE(t.StatusDetails(), QString());
+        QCOMPARE(t.TrayToolTip(), QStringLiteral("Tessera: Tx-16, Fader Protocol, not connected"));
+    }
+
+    // Where no program opens the manual, the trace names it once, by a file
+    // URL that any program takes.
+    void HelpWithoutAViewerSaysSo()
+    {
+        cWindowUnderTest t;
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", "/nonexistent");
+        const QStringList errors = ErrorLinesOf([&] { t.Action("&Help")->trigger(); });
+        qputenv("PATH", path);
+        const QString manual = QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../Resources/HelpManual.pdf");
+        QCOMPARE(errors, QStringList(ErrorFrom("Application/HelpManual.cpp",
+                             "No viewer opened the help manual: file://" + manual)));
+    }
+
     // What a user looks at when a fader does nothing: each message read with
     // the rules it took part in (the second rule's pattern spans two
-    // messages), what they wrote, and what no rule wanted.
+    // messages), what they wrote, and what no rule wanted; the clock and
+    // Active Sensing only when asked for.
     void MIDIMonitorShowsTraffic()
     {
         Store({{"MixerType", "Tx-16"}, {"Tx-16/MIDI/InputPort", "Desk"}});
@@ -414,20 +513,31 @@ private slots:
         };
         auto button = [monitor](const QString& text) { return WithText<QPushButton>(monitor, text); };
 
-        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B10764B16300B10640C105"));
+        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("FEB10764B16300B10640F8C105"));
         QTRY_COMPARE(rows->rowCount(), 6);
         QCOMPARE(rowsWithoutTime(0), QStringList({
-            "in\tDesk (Mixer In)\tB1 07 64\tCC 7 = 100, ch 2\tFader to DAW",
+            "in\tMixer In (Desk)\tB1 07 64\tCC 7 = 100, ch 2\tFader to DAW",
             "out\tTessera DAW\tB1 07 64\tCC 7 = 100, ch 2\tFader to DAW",
-            "in\tDesk (Mixer In)\tB1 63 00\tCC 99 = 0, ch 2\tMute to DAW",
-            "in\tDesk (Mixer In)\tB1 06 40\tCC 6 = 64, ch 2\tMute to DAW",
+            "in\tMixer In (Desk)\tB1 63 00\tCC 99 = 0, ch 2\tMute to DAW",
+            "in\tMixer In (Desk)\tB1 06 40\tCC 6 = 64, ch 2\tMute to DAW",
             "out\tTessera DAW\t91 10 40\tNote On 16 vel 64, ch 2\tMute to DAW",
-            "in\tDesk (Mixer In)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
+            "in\tMixer In (Desk)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
+        QVERIFY2(QRegularExpression("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d\t").match(rows->GetRowText(0)).hasMatch(),
+            qPrintable(rows->GetRowText(0)));
+        WithText<QCheckBox>(monitor, "Hide clock and Active Sensing")->click();
+        t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("F8"));
+        QTRY_COMPARE(rowsWithoutTime(6), QStringList("in\tMixer In (Desk)\tF8\tClock\tno rule"));
+
+        // Copied rows read as saved ones.
+        view->selectionModel()->select(rows->index(1, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        view->selectionModel()->select(rows->index(3, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        QTest::keyClick(view, Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), rows->GetRowText(1) + "\n" + rows->GetRowText(3) + "\n");
 
         button("Pause")->click();
         t.Port("Desk")->ReceiveMIDIData(QByteArray::fromHex("B10765"));
         QTest::qWait(300);
-        QCOMPARE(rows->rowCount(), 6);
+        QCOMPARE(rows->rowCount(), 7);
         button("Pause")->click();
         button("Clear")->click();
         QCOMPARE(rows->rowCount(), 0);
@@ -441,10 +551,10 @@ private slots:
         QCOMPARE(rows->index(0, cMIDIMonitorModel::BYTES_COLUMN).data().toString(),
             "F0 7D" + QString(" 11").repeated(30) + " ... 262144 bytes");
         QCOMPARE(rows->index(0, cMIDIMonitorModel::MESSAGE_COLUMN).data().toString(), "SysEx 262144 bytes, cut short");
-        QCOMPARE(rowsWithoutTime(1), QStringList({"in\tDesk (Mixer In)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
+        QCOMPARE(rowsWithoutTime(1), QStringList({"in\tMixer In (Desk)\tC1 05\tProgram Change 5, ch 2\tno rule"}));
         QTemporaryDir dumpDirectory;
         QVERIFY(monitor->SaveToFile(dumpDirectory.filePath("dump.txt")));
-        QCOMPARE(ReadFile(dumpDirectory.filePath("dump.txt")).split('\t').at(3),
+        QCOMPARE(ReadFile(dumpDirectory.filePath("dump.txt")).split('\n').at(1).split('\t').at(3),
             dump.left(262144).toHex(' ').toUpper());
         button("Clear")->click();
 
@@ -457,7 +567,7 @@ private slots:
         }
         t.Port("Desk")->ReceiveMIDIData(burst);
         QTRY_COMPARE(rows->rowCount(), static_cast<int>(cMIDIMonitorModel::MAXIMUM_ROWS));
-        const QStringList newest({"in\tDesk (Mixer In)\tB1 07 0F\tCC 7 = 15, ch 2\tFader to DAW",
+        const QStringList newest({"in\tMixer In (Desk)\tB1 07 0F\tCC 7 = 15, ch 2\tFader to DAW",
                                   "out\tTessera DAW\tB1 07 0F\tCC 7 = 15, ch 2\tFader to DAW"});
         QCOMPARE(rowsWithoutTime(rows->rowCount() - 2), newest);
         QScrollBar* scrollBar = view->verticalScrollBar();
@@ -468,7 +578,8 @@ private slots:
         const QString path = directory.filePath("monitor.txt");
         QVERIFY(monitor->SaveToFile(path));
         const QStringList lines = QString::fromUtf8(ReadFile(path)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        QCOMPARE(lines.size(), static_cast<int>(cMIDIMonitorModel::MAXIMUM_ROWS));
+        QCOMPARE(lines.size(), static_cast<int>(cMIDIMonitorModel::MAXIMUM_ROWS) + 1);
+        QCOMPARE(lines.first(), QStringLiteral("Time\tDir\tPort\tBytes\tMessage\tRule"));
         QCOMPARE(lines.last().section(QLatin1Char('\t'), 1), newest.last());
 
         // Closed, it hears nothing.
@@ -477,6 +588,16 @@ private slots:
         t.Action("MIDI Monitor")->trigger();
         QTest::qWait(300);
         QCOMPARE(rowsWithoutTime(rows->rowCount() - 2), newest);
+
+        // A rule file that did not load is why nothing shows.
+        QLabel* problem = monitor->findChild<QLabel*>("mRuleFileProblem");
+        QVERIFY(!problem->isVisible());
+        Choose(t.Mixer(), "Tx-12");
+        Choose(t.Protocol(), "Unmapped Protocol");
+        QVERIFY(problem->isVisible());
+        QVERIFY2(problem->text().startsWith("No rules are loaded, so no MIDI shows here: ")
+                && problem->text().contains("/Maps/missing.json: cannot be opened: "), qPrintable(problem->text()));
+        QCOMPARE(t.Warning(), problem->text().section(": ", 1, -1));
     }
 
     void FindsConnectsAndTranslatesWithMixerSim()

@@ -67,6 +67,11 @@ QStringList cSystemMIDIConfiguration::GetVirtualInputOutputNames() const
     return virtualInputOutputs.keys() + internalInputOutputs.keys();
 }
 
+bool cSystemMIDIConfiguration::HasSystemMIDI() const
+{
+    return true;
+}
+
 QStringList cSystemMIDIConfiguration::WithoutOwnNames(QStringList names) const
 {
     for (const QString& own : GetVirtualInputOutputNames())

@@ -43,6 +43,9 @@ public:
     virtual QStringList GetSystemMIDIOutputNames() const = 0;
 
     QStringList GetVirtualInputOutputNames() const;
+    // False when the platform's MIDI service could not be reached: then there
+    // are no system ports, and the virtual ports reach no other program.
+    virtual bool HasSystemMIDI() const;
 
 signals:
     void InputAddedSignal(QString name);

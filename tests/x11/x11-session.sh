@@ -31,13 +31,14 @@ x11_fail() {
     exit 1
 }
 
-# The program under test talks to this display only; a fresh configuration
+# The program under test talks to this display only, of X11_SCREEN's size
+# (1024x768x24 unless set) and white like a desktop; a fresh configuration
 # folder keeps the user's own settings out of the check and the check's out of
 # the user's. Leak checking is off for the program: a sanitized build would
 # otherwise fail at exit on what the X and font libraries keep until then.
 x11_start_display() {
     local displayfd=$X11_WORK/display
-    Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$displayfd" 2>"$X11_WORK/xvfb.log" &
+    Xvfb -displayfd 3 -screen 0 "${X11_SCREEN:-1024x768x24}" -wr -nolisten tcp 3>"$displayfd" 2>"$X11_WORK/xvfb.log" &
     X11_PIDS+=($!)
     local waited=0
     until [[ -s $displayfd ]]; do

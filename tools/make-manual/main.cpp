@@ -4,17 +4,25 @@
 //   make-manual MANUAL.md OUTPUT.pdf
 //
 // Images are looked up relative to the Markdown file and scaled down to the
-// text width, so screenshots of any size fit the page. With SOURCE_DATE_EPOCH
-// set, the PDF carries that date instead of the time it was made.
+// text width, so screenshots of any size fit the page. Code blocks keep their
+// lines whole, as they are copied from the PDF: a line too long for the page
+// is an error. Each heading is a bookmark. With SOURCE_DATE_EPOCH set, the PDF
+// carries that date instead of the time it was made.
 
+#include "tools/make-manual/PdfOutline.h"
+
+#include <QAbstractTextDocumentLayout>
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPageLayout>
 #include <QPageSize>
+#include <QPainter>
 #include <QPdfWriter>
+#include <QScreen>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -28,8 +36,11 @@
 namespace
 {
 
-// The document adds a margin of its own inside the page's.
-const qreal PAGE_MARGIN_MM = 10.0;
+const qreal PAGE_MARGIN_MM = 20.0;
+// Room at the foot of each page for its number.
+const qreal FOOTER_POINTS = 18.0;
+const qreal POINTS_PER_INCH = 72.0;
+const int CODE_POINT_SIZE = 9;
 
 bool ReadMarkdown(const QString& path, QString& markdown)
 {
@@ -44,9 +55,7 @@ bool ReadMarkdown(const QString& path, QString& markdown)
 }
 
 // Markdown has no way to give an image's size, so an image wider than the text
-// column is shrunk to fit it, keeping its proportions. The image is added to
-// the document as a resource of its own because printing lays out a copy of
-// the document, which keeps added resources but does not look files up again.
+// column is shrunk to fit it, keeping its proportions.
 void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal textWidth)
 {
     const QImage image = document.resource(QTextDocument::ImageResource, QUrl(format.name())).value<QImage>();
@@ -55,7 +64,6 @@ void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal te
         std::fprintf(stderr, "make-manual: missing image %s\n", qPrintable(format.name()));
         return;
     }
-    document.addResource(QTextDocument::ImageResource, QUrl(format.name()), image);
     const qreal width = qMin<qreal>(image.width(), textWidth);
     format.setWidth(width);
     format.setHeight(image.height() * width / image.width());
@@ -65,8 +73,10 @@ void FitImageToWidth(QTextDocument& document, QTextImageFormat& format, qreal te
 // platform's fixed-width font, which the offscreen platform that renders the
 // manual reports as a proportional one; code is set in a real monospace face
 // instead, and code blocks are indented and shaded so that commands stand out
-// from the prose.
-void AdjustFormats(QTextDocument& document, qreal textWidth)
+// from the prose. Their lines are never broken: a JSON example copied from
+// the page must stay JSON. Returns false when a code line does not fit the
+// text width.
+bool AdjustFormats(QTextDocument& document, qreal textWidth)
 {
     // Tables come with a doubled frame and no room in their cells.
     for (QTextFrame* frame : document.rootFrame()->childFrames())
@@ -83,6 +93,8 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
         table->setFormat(tableFormat);
     }
 
+    const QFont codeFont(QStringLiteral("DejaVu Sans Mono"), CODE_POINT_SIZE);
+    bool fits = true;
     QTextCursor cursor(&document);
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
     {
@@ -91,8 +103,15 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
             QTextBlockFormat blockFormat = block.blockFormat();
             blockFormat.setIndent(1);
             blockFormat.setBackground(QColor(0xee, 0xf1, 0xf3));
+            blockFormat.setNonBreakableLines(true);
             cursor.setPosition(block.position());
             cursor.setBlockFormat(blockFormat);
+            if (QFontMetricsF(codeFont).horizontalAdvance(block.text()) > textWidth - document.indentWidth())
+            {
+                std::fprintf(stderr, "make-manual: a code line is too long for the page: %s\n",
+                             qPrintable(block.text()));
+                fits = false;
+            }
         }
         for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it)
         {
@@ -105,7 +124,11 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
                 format = imageFormat;
             }
             else if (format.hasProperty(QTextFormat::FontFamilies))
+            {
                 format.setFontFamilies({QStringLiteral("DejaVu Sans Mono")});
+                if (block.blockFormat().nonBreakableLines())
+                    format.setFontPointSize(CODE_POINT_SIZE);
+            }
             else
                 continue;
             cursor.setPosition(fragment.position());
@@ -113,6 +136,7 @@ void AdjustFormats(QTextDocument& document, qreal textWidth)
             cursor.setCharFormat(format);
         }
     }
+    return fits;
 }
 
 // The PDF writer dates the document with the current time. A build that
@@ -159,23 +183,70 @@ int main(int argc, char* argv[])
     if (!ReadMarkdown(arguments.at(1), markdown))
         return 1;
 
-    QPdfWriter writer(arguments.at(2));
-    writer.setTitle(QStringLiteral("Tessera User Manual"));
-    writer.setCreator(QStringLiteral("Tessera make-manual"));
-    writer.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
-                                     QMarginsF(PAGE_MARGIN_MM, PAGE_MARGIN_MM, PAGE_MARGIN_MM, PAGE_MARGIN_MM),
-                                     QPageLayout::Millimeter));
+    const QPageLayout pageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
+                                 QMarginsF(PAGE_MARGIN_MM, PAGE_MARGIN_MM, PAGE_MARGIN_MM, PAGE_MARGIN_MM),
+                                 QPageLayout::Millimeter);
+    // The document is laid out in pixels of the screen's resolution, which
+    // its fonts and images are measured in, one page below the other; each
+    // page's printable area less the footer holds one page of it.
+    const qreal dpi = qRound(QGuiApplication::primaryScreen()->logicalDotsPerInchY());
+    const QRectF printable = pageLayout.paintRect(QPageLayout::Point);
+    const QSizeF pageSize(printable.width() * dpi / POINTS_PER_INCH,
+                          (printable.height() - FOOTER_POINTS) * dpi / POINTS_PER_INCH);
 
     QTextDocument document;
     document.setBaseUrl(QUrl::fromLocalFile(QFileInfo(arguments.at(1)).absolutePath() + QLatin1Char('/')));
     document.setDefaultFont(QFont(QStringLiteral("DejaVu Sans"), 10));
     document.setMarkdown(markdown);
+    document.setPageSize(pageSize);
+    if (!AdjustFormats(document, pageSize.width() - 2 * document.documentMargin()))
+        return 1;
 
-    // Layout happens in the writer's device pixels, so the text width is the
-    // painted page width in those units.
-    const QRectF paintRect = writer.pageLayout().paintRectPixels(writer.resolution());
-    AdjustFormats(document, paintRect.width() * 0.8);
+    // Where each heading lands, for its bookmark: the page, and the height
+    // of its top above the page's bottom edge, in points.
+    QList<cPdfOutline::sEntry> bookmarks;
+    const qreal mediaHeight = pageLayout.fullRect(QPageLayout::Point).height();
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
+    {
+        if (block.blockFormat().headingLevel() > 0)
+        {
+            const qreal top = document.documentLayout()->blockBoundingRect(block).top();
+            const int page = static_cast<int>(top / pageSize.height());
+            bookmarks.append({block.text(), block.blockFormat().headingLevel(), page,
+                              mediaHeight - printable.top() - (top - page * pageSize.height()) * POINTS_PER_INCH / dpi});
+        }
+    }
 
-    document.print(&writer);
-    return StampCreationDate(arguments.at(2)) ? 0 : 1;
+    {
+        QPdfWriter writer(arguments.at(2));
+        writer.setTitle(QStringLiteral("Tessera User Manual"));
+        writer.setCreator(QStringLiteral("Tessera make-manual"));
+        writer.setPageLayout(pageLayout);
+        QPainter painter(&writer);
+        painter.scale(writer.resolution() / dpi, writer.resolution() / dpi);
+        painter.setFont(document.defaultFont());
+        for (int page = 0; page < document.pageCount(); ++page)
+        {
+            if (page > 0)
+                writer.newPage();
+            const QRectF area(QPointF(0, page * pageSize.height()), pageSize);
+            painter.save();
+            painter.translate(0, -area.top());
+            document.drawContents(&painter, area);
+            painter.restore();
+            painter.drawText(QRectF(0, pageSize.height(), pageSize.width(), FOOTER_POINTS * dpi / POINTS_PER_INCH),
+                             Qt::AlignRight | Qt::AlignBottom, QString::number(page + 1));
+        }
+    }
+
+    if (!StampCreationDate(arguments.at(2)))
+        return 1;
+    QString error;
+    if (!cPdfOutline::Append(arguments.at(2), bookmarks, error))
+    {
+        std::fprintf(stderr, "make-manual: cannot add bookmarks to %s: %s\n", qPrintable(arguments.at(2)),
+                     qPrintable(error));
+        return 1;
+    }
+    return 0;
 }

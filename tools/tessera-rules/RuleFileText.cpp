@@ -1,8 +1,9 @@
 #include "tools/tessera-rules/RuleFileText.h"
 
+#include "MIDITranslator/JsonFile.h"
+
 #include <QFile>
 #include <QJsonDocument>
-#include <QJsonParseError>
 
 cRuleFileText::cRuleFileText(const QString& path)
 {
@@ -18,14 +19,7 @@ cRuleFileText::cRuleFileText(const QString& path)
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
     if (error.error != QJsonParseError::NoError)
     {
-        // Where the parser stopped, usually just past the offending character.
-        // Lines and columns count from 1; the column counts characters, not
-        // bytes, so that it matches what an editor shows.
-        const QByteArray before = text.left(error.offset);
-        const int lineStart = before.lastIndexOf('\n') + 1;
-        const int line = before.count('\n') + 1;
-        const int column = QString::fromUtf8(before.mid(lineStart)).size() + 1;
-        problem = QStringLiteral("%1:%2:%3: JSON syntax error: %4").arg(path).arg(line).arg(column).arg(error.errorString());
+        problem = DescribeJsonSyntaxError(path, text, error);
         return;
     }
     if (!document.isObject())

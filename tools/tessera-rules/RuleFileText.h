@@ -5,9 +5,7 @@
 #include <QString>
 
 // The rule file as the checker sees it: its top-level object, or what is
-// wrong with the text. The translator's own loader only says where a syntax
-// error is as a byte offset; people fixing a file by hand want the line and
-// the column.
+// wrong with the text, a syntax error with its line and column.
 class cRuleFileText
 {
 public:

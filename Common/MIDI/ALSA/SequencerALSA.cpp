@@ -99,6 +99,11 @@ cSequencerALSA::cSequencerALSA()
     }
 }
 
+bool cSequencerALSA::IsOpen() const
+{
+    return handle != nullptr;
+}
+
 cSequencerALSA::~cSequencerALSA()
 {
     // Before the descriptors they watch are closed.

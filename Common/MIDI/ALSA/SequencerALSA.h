@@ -67,6 +67,8 @@ public:
     cSequencerALSA();
     ~cSequencerALSA() override;
 
+    bool IsOpen() const;
+
     // The ports of every other client (not of the system client) that carry
     // MIDI and may be shown to users, in client and port order.
     QList<sPortInfoALSA> GetPorts() const;

@@ -124,6 +124,11 @@ QStringList cSystemMIDIConfigurationALSA::GetSystemMIDIInputNames() const
     return WithoutOwnNames(NamesOf(inputIdentifiers));
 }
 
+bool cSystemMIDIConfigurationALSA::HasSystemMIDI() const
+{
+    return sequencer->IsOpen();
+}
+
 int cSystemMIDIConfigurationALSA::GetNumberOfOutputs() const
 {
     return outputIdentifiers.size();

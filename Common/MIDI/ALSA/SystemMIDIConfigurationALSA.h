@@ -34,6 +34,8 @@ public:
     cMIDIOutput* GetMIDIOutput(QString name) override;
     QStringList GetSystemMIDIOutputNames() const override;
 
+    bool HasSystemMIDI() const override;
+
 protected:
     cMIDIInputOutput* NewVirtualInputOutput(const QString& name) override;
 
