@@ -109,6 +109,11 @@ void cMIDIMonitorModel::MIDIMessageWritten(const QString& outputName, const QByt
     AddRow(true, outputName, message, lastRuleName);
 }
 
+void cMIDIMonitorModel::MIDIMessageRestored(const QString& outputName, const QByteArray& message)
+{
+    AddRow(true, outputName, message, tr("restored"));
+}
+
 void cMIDIMonitorModel::ShowPendingRows()
 {
     if (pendingRows.empty())

@@ -13,8 +13,8 @@
 
 class cMIDITranslatorConfiguration;
 
-// The MIDI monitor's record of the traffic, one row per message read and per
-// write made: the time of day, direction, port, bytes, what they say and the
+// The MIDI monitor's record of the traffic, one row per message read, per
+// write made and per message given back to a console: the time of day, direction, port, bytes, what they say and the
 // rule involved. A port is named by its role in the rule file first, then by
 // what it leads to ("Mixer In (TCP 10.0.0.5)"). The record is kept while MIDI
 // flows, so it does no more there than copy shared data into a pending row;
@@ -51,6 +51,8 @@ public:
     void MIDIMessageRead(const QString& inputName, const QByteArray& message) override;
     void MIDIRuleTriggered(int identifier, const std::vector<unsigned char>& matchedBytes) override;
     void MIDIMessageWritten(const QString& outputName, const QByteArray& message) override;
+    // An outgoing row whose rule column says "restored".
+    void MIDIMessageRestored(const QString& outputName, const QByteArray& message) override;
 
     // Hands the rows recorded since the last call to the view, all at once.
     void ShowPendingRows();

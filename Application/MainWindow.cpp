@@ -6,6 +6,7 @@
 #include "Application/HelpManual.h"
 #include "Application/IPAddressValidator.h"
 #include "Application/MixerPortList.h"
+#include "Application/ReconnectOptions.h"
 #include "Application/SetupProblems.h"
 #include "Application/StatusBarView.h"
 #include "Application/TrayMenu.h"
@@ -90,7 +91,7 @@ cMainWindow::~cMainWindow()
     // What is torn down may still signal; nothing here may answer any more.
     translatorConfiguration->GetSystemMIDIConfiguration()->disconnect(this);
     tcpMIDIInputOutput->disconnect(this);
-    connectionPolicy->disconnect(this);
+    connectionPolicy->disconnect();
     connectionStatus->disconnect(this);
     multiUnitFinder->disconnect(this);
     delete translatorConfiguration;
@@ -154,10 +155,8 @@ void cMainWindow::CreateActions()
 {
     trayMenu = new cTrayMenu(translatorConfiguration, setupProblems, this);
     connect(trayMenu, &cTrayMenu::ShowPreferencesTriggered, this, &cMainWindow::ShowPreferences);
-    connect(trayMenu, &cTrayMenu::StayConnectedTriggered, this, [this](bool checked) {
-        QSettings().setValue(settingsKeys.GetTryConnectKey(), checked);
-        connectionPolicy->StayConnectedChosen(checked);
-    });
+    reconnectOptions = new cReconnectOptions(settingsKeys, trayMenu, connectionPolicy,
+        translatorConfiguration->GetMixerStateRestorer(), ui->mConnectCheckBox, this);
     connect(trayMenu, &cTrayMenu::HelpTriggered, this, &cMainWindow::OpenHelpManual);
     connect(trayMenu, &cTrayMenu::AboutTriggered, this, &cMainWindow::ShowAboutMessageBox);
     connect(trayMenu, &cTrayMenu::Activated, this, &cMainWindow::SystemTrayIconActivated);
@@ -218,9 +217,7 @@ void cMainWindow::SelectedMixerTypeChanged(int index)
     const QString mixerName = ui->mMixerTypeComboBox->itemText(index);
     QSettings().setValue(cSettingsKeys::GetMixerTypeKey(), mixerName);
     settingsKeys.SetMixerTypeString(mixerName);
-    const bool stayConnected = QSettings().value(settingsKeys.GetTryConnectKey(), false).toBool();
-    trayMenu->SetStayConnectedChecked(stayConnected);
-    connectionPolicy->SetStayConnected(stayConnected);
+    reconnectOptions->Load();
     unitList->SetCustomUnitAddress(GetSavedUnitAddress());
     connectionPolicy->SetSavedUnit(
         QSettings().value(settingsKeys.GetDefaultUnitNameKey()).toString(), GetSavedUnitAddress());

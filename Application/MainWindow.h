@@ -16,6 +16,7 @@ class cConnectionStatus;
 class cMixerPortList;
 class cMIDITranslatorConfiguration;
 class cMultiUnitFinder;
+class cReconnectOptions;
 class cSetupProblems;
 class cStatusBarView;
 class cSystemMIDIConfiguration;
@@ -93,6 +94,7 @@ private:
     cTCPMIDIInptOutput* tcpMIDIInputOutput = nullptr;
     cTCPMIDIConnectionPolicy* connectionPolicy = nullptr;
     cConnectionStatus* connectionStatus = nullptr;
+    cReconnectOptions* reconnectOptions = nullptr;
     cMultiUnitFinder* multiUnitFinder = nullptr;
     cTrayMenu* trayMenu = nullptr;
     cStatusBarView* statusBarView = nullptr;

@@ -59,3 +59,8 @@ QString cSettingsKeys::GetTryConnectKey() const
 {
     return mixerTypeString + QLatin1Char('/') + TRY_CONNECT_SETTING_STRING;
 }
+
+QString cSettingsKeys::GetResendStateKey() const
+{
+    return mixerTypeString + QStringLiteral("/ResendState");
+}

@@ -32,6 +32,8 @@ public:
     QString GetDefaultUnitNameKey() const;
     QString GetDefaultUnitIPAddressKey() const;
     QString GetTryConnectKey() const;
+    // Whether a console that comes back is given the DAW's state again.
+    QString GetResendStateKey() const;
 
 private:
     QString mixerTypeString;

@@ -24,13 +24,10 @@ cTrayMenu::cTrayMenu(cMIDITranslatorConfiguration* configuration, cSetupProblems
     AddAction(tr("&Show Preferences"), &cTrayMenu::ShowPreferencesTriggered);
     AddAction(tr("MIDI Monitor"), &cTrayMenu::ShowMIDIMonitor);
     menu->addSeparator();
-    // Set from the settings when the mixer type changes, which does not trigger it.
-    stayConnectedAction = menu->addAction(tr("Stay Connected"));
-    stayConnectedAction->setCheckable(true);
-    connect(stayConnectedAction, &QAction::triggered, this, &cTrayMenu::StayConnectedTriggered);
-    startAtLoginAction = menu->addAction(tr("Start at Login"));
-    startAtLoginAction->setCheckable(true);
-    connect(startAtLoginAction, &QAction::triggered, this, &cTrayMenu::StartAtLoginTriggered);
+    // Set from the settings when the mixer type changes, which does not trigger them.
+    stayConnectedAction = AddCheckableAction(tr("Stay Connected"), &cTrayMenu::StayConnectedTriggered);
+    resendStateAction = AddCheckableAction(tr("Resend State on Reconnect"), &cTrayMenu::ResendStateTriggered);
+    startAtLoginAction = AddCheckableAction(tr("Start at Login"), &cTrayMenu::StartAtLoginTriggered);
     menu->addSeparator();
     // Help stands above About on purpose: it is what a user looks for first.
     AddAction(tr("&Help"), &cTrayMenu::HelpTriggered);
@@ -60,9 +57,22 @@ void cTrayMenu::AddAction(const QString& text, void (cTrayMenu::*triggered)())
     connect(menu->addAction(text), &QAction::triggered, this, triggered);
 }
 
+QAction* cTrayMenu::AddCheckableAction(const QString& text, void (cTrayMenu::*triggered)(bool))
+{
+    QAction* action = menu->addAction(text);
+    action->setCheckable(true);
+    connect(action, &QAction::triggered, this, triggered);
+    return action;
+}
+
 void cTrayMenu::SetStayConnectedChecked(bool checked)
 {
     stayConnectedAction->setChecked(checked);
+}
+
+void cTrayMenu::SetResendStateChecked(bool checked)
+{
+    resendStateAction->setChecked(checked);
 }
 
 void cTrayMenu::ShowMIDIMonitor()

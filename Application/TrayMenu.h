@@ -26,8 +26,9 @@ public:
     // object's.
     cTrayMenu(cMIDITranslatorConfiguration* configuration, cSetupProblems* problems, QWidget* window);
 
-    // Shows the option as stored, without announcing it as a choice.
+    // Show the options as stored, without announcing them as choices.
     void SetStayConnectedChecked(bool checked);
+    void SetResendStateChecked(bool checked);
     void ShowMIDIMonitor();
     // The tooltip's first line after the product's name: the choices and
     // the state of the way to the mixer.
@@ -38,6 +39,7 @@ public:
 signals:
     void ShowPreferencesTriggered();
     void StayConnectedTriggered(bool checked);
+    void ResendStateTriggered(bool checked);
     void HelpTriggered();
     void AboutTriggered();
     void Activated(QSystemTrayIcon::ActivationReason reason);
@@ -45,6 +47,7 @@ signals:
 private:
     void StartAtLoginTriggered(bool checked);
     void AddAction(const QString& text, void (cTrayMenu::*triggered)());
+    QAction* AddCheckableAction(const QString& text, void (cTrayMenu::*triggered)(bool));
     void UpdateToolTip();
 
     cMIDITranslatorConfiguration* configuration;
@@ -54,6 +57,7 @@ private:
     bool showingWarning = false;
     QWidget* window;
     QAction* stayConnectedAction;
+    QAction* resendStateAction;
     QAction* startAtLoginAction;
     QMenu* menu;
     QSystemTrayIcon* trayIcon;

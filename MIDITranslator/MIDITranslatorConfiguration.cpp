@@ -6,7 +6,9 @@
 #include "Common/MIDI/MIDITrafficListener.h"
 #include "Common/MIDI/SystemMIDIConfiguration.h"
 #include "MIDITranslator/JsonFile.h"
+#include "MIDITranslator/MixerStateRestorer.h"
 
+#include <QByteArrayList>
 #include <QFile>
 #include <QJsonValue>
 
@@ -35,14 +37,17 @@ bool RetargetAlias(QHash<QString, QString>& aliases, const QString& alias, const
 
 cMIDITranslatorConfiguration::cMIDITranslatorConfiguration(cSystemMIDIConfiguration* systemMIDIConfiguration,
                                                            QObject* parent)
-    : QObject(parent), systemMIDIConfiguration(systemMIDIConfiguration)
+    : QObject(parent),
+      systemMIDIConfiguration(systemMIDIConfiguration),
+      mixerStateRestorer(new cMixerStateRestorer(this, systemMIDIConfiguration))
 {
 }
 
-// The matchers go before the registry they are connected to, so none of them
-// ever sees a port that is already gone.
+// The matchers and the restorer go before the registry they are connected
+// to, so none of them ever sees a port that is already gone.
 cMIDITranslatorConfiguration::~cMIDITranslatorConfiguration()
 {
+    mixerStateRestorer.reset();
     DestroyMIDIInputMatchers();
     delete systemMIDIConfiguration;
 }
@@ -117,8 +122,10 @@ QString cMIDITranslatorConfiguration::GetLoadProblem() const
     return loadProblem;
 }
 
+// What the console was given was made by the old rules.
 void cMIDITranslatorConfiguration::Unload()
 {
+    mixerStateRestorer->Forget();
     filePath.clear();
     loadProblem.clear();
     while (!virtualPortNames.isEmpty())
@@ -344,6 +351,12 @@ void cMIDITranslatorConfiguration::MIDIMatchTriggered(int id, const std::vector<
 
     for (const sOutgoingPort& port : ruleOutgoingPorts.at(id))
     {
+        // Also when the mixer cannot be reached now: it is what the console
+        // is to show once it is back.
+        if (port.isMixerOutput && mixerStateRestorer->IsEnabled())
+        {
+            mixerStateRestorer->Remember(outputBytes);
+        }
         cMIDIOutput* output = systemMIDIConfiguration->GetMIDIOutput(port.realName);
         if (!output)
         {
@@ -360,6 +373,32 @@ void cMIDITranslatorConfiguration::MIDIMatchTriggered(int id, const std::vector<
             emit MixerMIDIOutputWrite();
         }
     }
+}
+
+cMixerStateRestorer* cMIDITranslatorConfiguration::GetMixerStateRestorer() const
+{
+    return mixerStateRestorer.get();
+}
+
+bool cMIDITranslatorConfiguration::WriteToMixerOutput(const QList<QByteArray>& messages)
+{
+    const QString name = GetMixerOutputPortName();
+    cMIDIOutput* output = systemMIDIConfiguration->GetMIDIOutput(name);
+    if (!output)
+    {
+        return false;
+    }
+    QByteArray data = messages.join();
+    output->WriteMIDIData(data);
+    if (trafficListener)
+    {
+        for (const QByteArray& message : messages)
+        {
+            trafficListener->MIDIMessageRestored(name, message);
+        }
+    }
+    emit MixerMIDIOutputWrite();
+    return true;
 }
 
 void cMIDITranslatorConfiguration::SetMIDITrafficListener(cMIDITrafficListener* listener)
@@ -392,11 +431,17 @@ void cMIDITranslatorConfiguration::SetMixerInputPortName(QString name)
     }
 }
 
+// Another port leads to another console, which is not given this one's state.
 void cMIDITranslatorConfiguration::SetMixerOutputPortName(QString name)
 {
+    const QString previous = GetMixerOutputPortName();
     if (RetargetAlias(outputAliases, QLatin1String(MIXER_OUT_ALIAS), name))
     {
         ResolveOutgoingPorts();
+        if (name != previous)
+        {
+            mixerStateRestorer->Forget();
+        }
     }
 }
 
@@ -437,6 +482,8 @@ void cMIDITranslatorConfiguration::SetVariableValue(QString name, unsigned char 
         return;
     }
     variables[index].SetCurrentValue(value);
+    // The rules now write other messages, for another channel, say.
+    mixerStateRestorer->Forget();
     DestroyMIDIInputMatchers();
     for (cMIDITranslatorRule& rule : rules)
     {

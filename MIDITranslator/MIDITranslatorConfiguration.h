@@ -16,11 +16,13 @@
 #include <QVector>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class cMIDIInputMatcher;
 class cMIDIInputOutput;
 class cMIDITrafficListener;
+class cMixerStateRestorer;
 class cSystemMIDIConfiguration;
 
 // Holds one loaded rule file and everything built from it: the virtual ports
@@ -60,6 +62,12 @@ public:
     // Lets a monitor watch every message read, rule fired and write made,
     // through this and every later rule file (null stops); not owned.
     void SetMIDITrafficListener(cMIDITrafficListener* listener);
+    // Gives the console its state back after it was lost; off until enabled.
+    cMixerStateRestorer* GetMixerStateRestorer() const;
+    // Writes messages that no rule wrote just now to the mixer's output, in
+    // one write: what the console showed, given back. The monitor sees each
+    // as restored. False when the mixer's output is not there.
+    bool WriteToMixerOutput(const QList<QByteArray>& messages);
 
     QString GetMixerInputPortName() const;
     QString GetMixerOutputPortName() const;
@@ -115,6 +123,7 @@ private:
     QVector<QVector<sOutgoingPort>> ruleOutgoingPorts;
     // Reused by every dispatch, so building the output allocates nothing.
     std::vector<unsigned char> outputBytes;
+    std::unique_ptr<cMixerStateRestorer> mixerStateRestorer;
 };
 
 // The fixed names that tie a rule file to the mixer.

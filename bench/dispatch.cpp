@@ -5,10 +5,13 @@
 // bend from the mixer, each with its translation back from the DAW. The
 // second argument opens the MIDI monitor window (offscreen): it records every
 // message read and written, and the event loop hands its rows to the view.
+// BM_DispatchToMixer goes the other way, from the DAW to the mixer, with the
+// console's state kept for a reconnect (memory 1) or not (memory 0).
 
 #include "Common/MIDI/MIDIInputOutput.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "MIDITranslator/MixerStateRestorer.h"
 
 #ifdef TESSERA_BENCH_MONITOR
 #include "Application/MIDIMonitorWindow.h"
@@ -16,6 +19,7 @@
 #include "bench/WidgetBenchmarkMain.h"
 #endif
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -110,8 +114,9 @@ QJsonDocument ControlSurfaceRuleFile()
 }
 
 // Whole messages from the rules' families, drawn with a fixed seed and cut
-// into reads of chunkSize messages each.
-QList<QByteArray> MixerChunks(int chunkSize)
+// into reads of chunkSize messages each: the mixer's controllers are 0-7, the
+// DAW's start at firstController.
+QList<QByteArray> Chunks(int chunkSize, int firstController)
 {
     std::mt19937 random(20261121);
     QList<QByteArray> chunks;
@@ -125,7 +130,8 @@ QList<QByteArray> MixerChunks(int chunkSize)
             const char data = static_cast<char>(random() % 128);
             if (kind < CONTROLLERS)
             {
-                bytes.append(static_cast<char>(0xB0 | channel)).append(static_cast<char>(kind)).append(data);
+                bytes.append(static_cast<char>(0xB0 | channel)).append(static_cast<char>(firstController + kind));
+                bytes.append(data);
             }
             else
             {
@@ -138,66 +144,95 @@ QList<QByteArray> MixerChunks(int chunkSize)
     return chunks;
 }
 
-void BM_Dispatch(benchmark::State& state)
+// The control surface loaded over two bench ports, which outlive the
+// configuration that has them registered.
+struct sControlSurface
 {
-    const int chunkSize = static_cast<int>(state.range(0));
-    QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("control_surface.json"));
+    cBenchPort desk;
+    cBenchPort daw;
+    cSystemMIDIConfigurationMemory* registry = new cSystemMIDIConfigurationMemory;
+    cMIDITranslatorConfiguration configuration{registry};
+
+    bool Load(benchmark::State& state)
     {
+        QTemporaryDir directory;
+        const QString path = directory.filePath(QStringLiteral("control_surface.json"));
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly))
         {
             state.SkipWithError("cannot write the rule file");
-            return;
+            return false;
         }
         file.write(ControlSurfaceRuleFile().toJson());
+        file.close();
+        registry->AddInternalInputOutput(QStringLiteral("Desk"), &desk);
+        registry->AddInternalInputOutput(QStringLiteral("Bench DAW"), &daw);
+        configuration.LoadFromFile(path);
+        if (configuration.GetMIDITranslatorRules().size() != 160)
+        {
+            state.SkipWithError("the rule file did not load 160 rules");
+            return false;
+        }
+        return true;
     }
+};
 
-    // The ports outlive the configuration that has them registered.
-    cBenchPort desk;
-    cBenchPort daw;
-    auto* registry = new cSystemMIDIConfigurationMemory;
-    cMIDITranslatorConfiguration configuration(registry);
-    registry->AddInternalInputOutput(QStringLiteral("Desk"), &desk);
-    registry->AddInternalInputOutput(QStringLiteral("Bench DAW"), &daw);
-    configuration.LoadFromFile(path);
-    if (configuration.GetMIDITranslatorRules().size() != 160)
+// Reads from one port, counts the writes at the other; between reads the
+// event loop runs as often as in the program under load, when asked to.
+void DeliverChunks(benchmark::State& state, cBenchPort& from, const cBenchPort& to, int firstController,
+    bool processEvents)
+{
+    const int chunkSize = static_cast<int>(state.range(0));
+    const QList<QByteArray> chunks = Chunks(chunkSize, firstController);
+    int next = 0;
+    for (auto _ : state)
     {
-        state.SkipWithError("the rule file did not load 160 rules");
+        from.Deliver(chunks.at(next));
+        next = (next + 1) % chunks.size();
+        if (processEvents && next % 256 == 0)
+        {
+            QCoreApplication::processEvents();
+        }
+    }
+    if (to.writes != static_cast<int64_t>(state.iterations()) * chunkSize)
+    {
+        state.SkipWithError("not every message was translated");
+    }
+    state.SetItemsProcessed(to.writes);
+}
+
+void BM_Dispatch(benchmark::State& state)
+{
+    sControlSurface surface;
+    if (!surface.Load(state))
+    {
         return;
     }
-
 #ifdef TESSERA_BENCH_MONITOR
-    cSetupProblems problems(registry);
-    cMIDIMonitorWindow monitor(&configuration, &problems);
+    cSetupProblems problems(surface.registry);
+    cMIDIMonitorWindow monitor(&surface.configuration, &problems);
     if (state.range(1) != 0)
     {
         monitor.show();
     }
 #endif
+    // The event loop that delivers the reads also shows the monitor's rows.
+    DeliverChunks(state, surface.desk, surface.daw, 0, state.range(1) != 0);
+}
 
-    const QList<QByteArray> chunks = MixerChunks(chunkSize);
-    int next = 0;
-    for (auto _ : state)
+void BM_DispatchToMixer(benchmark::State& state)
+{
+    sControlSurface surface;
+    if (!surface.Load(state))
     {
-        desk.Deliver(chunks.at(next));
-        next = (next + 1) % chunks.size();
-#ifdef TESSERA_BENCH_MONITOR
-        // The event loop that delivers the reads also shows the monitor's rows.
-        if (state.range(1) != 0 && next % 256 == 0)
-        {
-            QCoreApplication::processEvents();
-        }
-#endif
+        return;
     }
-    if (daw.writes != static_cast<int64_t>(state.iterations()) * chunkSize)
-    {
-        state.SkipWithError("not every message was translated");
-    }
-    state.SetItemsProcessed(daw.writes);
+    surface.configuration.GetMixerStateRestorer()->SetEnabled(state.range(1) != 0);
+    DeliverChunks(state, surface.daw, surface.desk, 0x20, false);
 }
 }
 
+BENCHMARK(BM_DispatchToMixer)->ArgNames({"chunk", "memory"})->ArgsProduct({{1, 64}, {0, 1}});
 #ifdef TESSERA_BENCH_MONITOR
 BENCHMARK(BM_Dispatch)->ArgNames({"chunk", "monitor"})->ArgsProduct({{1, 64}, {0, 1}});
 TESSERA_WIDGET_BENCHMARK_MAIN()

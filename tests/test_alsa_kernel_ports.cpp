@@ -7,20 +7,56 @@
 #include "Common/MIDI/ALSA/SystemMIDIConfigurationALSA.h"
 #include "Common/MIDI/MIDIInput.h"
 #include "Common/MIDI/MIDIOutput.h"
+#include "Common/MIDI/MIDIRunningStatusFixer.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
+#include "MIDITranslator/MixerStateRestorer.h"
 #include "tests/support/SequencerPeerALSA.h"
 #include "tests/support/TestHelpers.h"
 #include "tests/support/VirtualRawMIDI.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QScopeGuard>
+#include <QThread>
 #include <QtTest>
+
+#include <algorithm>
+#include <memory>
 
 namespace
 {
 const int TIMEOUT = 20000;  // the test VM is slow
 const QString DRIVER = QStringLiteral("/sys/bus/platform/drivers/snd_virmidi/");
+
+// What a raw device receives, with the running status that the kernel uses
+// expanded, and when the last of it arrived since this was made.
+struct sExpandedReader
+{
+    explicit sExpandedReader(sVirtualRawMIDI& device) : device(device) { clock.start(); }
+
+    // Until count bytes are in or the time is up, while the event loop runs.
+    QByteArray Read(int count, int timeout)
+    {
+        QElapsedTimer waiting;
+        waiting.start();
+        while (received.size() < count && !waiting.hasExpired(timeout))
+        {
+            const QByteArray part = device.Read(1, 20);
+            std::vector<unsigned char> expanded;
+            fixer.FixRunningStatus(std::vector<unsigned char>(part.begin(), part.end()), expanded);
+            received.append(reinterpret_cast<const char*>(expanded.data()), static_cast<int>(expanded.size()));
+            lastArrival = part.isEmpty() ? lastArrival : clock.elapsed();
+        }
+        return received;
+    }
+
+    sVirtualRawMIDI& device;
+    cMIDIRunningStatusFixer fixer;
+    QByteArray received;
+    QElapsedTimer clock;
+    qint64 lastArrival = 0;
+};
 
 bool ReloadModule()
 {
@@ -113,6 +149,82 @@ private slots:
         QCOMPARE(daw.Receive(3).toHex(' '), QByteArray("e2 01 11"));
         FromDAW("923C7F");
         QCOMPARE(mixer.Read(3).toHex(' '), QByteArray("b2 3c 7f"));
+    }
+
+    // The console's interface unplugged and plugged in again: its raw device
+    // gets the last value of each control once, no faster than a DIN cable
+    // carries them, and nothing with the option off.
+    void ReplugGivesTheConsoleItsState_data()
+    {
+        QTest::addColumn<bool>("resend");
+        QTest::addColumn<QByteArray>("fromDAW");
+        QTest::addColumn<QByteArray>("restored");
+        // "Select" makes a fader's controller of a note on channel 3, "Lamp"
+        // a note on channel 3 of one on channel 16.
+        const QByteArray fadersAndLamps = QByteArray::fromHex("921010 921130 921240 921050 9F207F 9F217F");
+        QTest::newRow("three faders and two lamps")
+            << true << fadersAndLamps << QByteArray::fromHex("B21130 B21240 B21050 92207F 92217F");
+        QByteArray surface;
+        QByteArray surfaceRestored;
+        for (char control = 0; control < 0x20; ++control)
+        {
+            for (char lamp = 0; lamp < 4; ++lamp)
+            {
+                surface += QByteArray("\x9F", 1) + char(control * 4 + lamp) + '\x7F';
+                surfaceRestored += QByteArray("\x92", 1) + char(control * 4 + lamp) + '\x7F';
+            }
+            surface += QByteArray("\x92", 1) + char(0x40 + control) + '\x01';
+            surfaceRestored += QByteArray("\xB2", 1) + char(0x40 + control) + '\x01';
+        }
+        QTest::newRow("a whole surface") << true << surface << surfaceRestored;
+        QTest::newRow("option off") << false << fadersAndLamps << QByteArray();
+    }
+
+    void ReplugGivesTheConsoleItsState()
+    {
+        QFETCH(bool, resend);
+        QFETCH(QByteArray, fromDAW);
+        QFETCH(QByteArray, restored);
+        const QStringList devices = QDir(DRIVER).entryList({QStringLiteral("snd_virmidi.*")});
+        QFile unbind(DRIVER + QStringLiteral("unbind"));
+        QFile bind(DRIVER + QStringLiteral("bind"));
+        if (devices.isEmpty() || !unbind.open(QIODevice::WriteOnly) || !bind.open(QIODevice::WriteOnly))
+        {
+            QSKIP("unplugging snd-virmidi needs root and its driver in sysfs");
+        }
+        cMixerStateRestorer* restorer = configuration.GetMixerStateRestorer();
+        restorer->SetEnabled(resend);
+        auto disable = qScopeGuard([restorer] { restorer->SetEnabled(false); });
+        {
+            // Closed before the driver goes, which waits for its devices to close.
+            sVirtualRawMIDI mixer(kernelPorts.at(0));
+            daw.Send(sequencer, ours, fromDAW);
+            QCOMPARE(sExpandedReader(mixer).Read(fromDAW.size(), TIMEOUT).size(), fromDAW.size());
+        }
+        QVERIFY(unbind.write(devices.at(0).toLatin1()) > 0 && unbind.flush());
+        auto replug = qScopeGuard([&] { bind.write(devices.at(0).toLatin1()) && bind.flush(); });
+        QTRY_VERIFY_WITH_TIMEOUT(
+            registry->GetSystemMIDIOutputNames().filter(sVirtualRawMIDI::Pattern()).isEmpty(), TIMEOUT);
+        replug.dismiss();
+        QVERIFY(bind.write(devices.at(0).toLatin1()) > 0 && bind.flush());
+
+        // Open before the event loop hears of the port, so it misses nothing.
+        std::unique_ptr<sVirtualRawMIDI> mixer;
+        QElapsedTimer clock;
+        clock.start();
+        while ((mixer.reset(new sVirtualRawMIDI(kernelPorts.at(0))), mixer->descriptor < 0) && !clock.hasExpired(TIMEOUT))
+        {
+            QThread::msleep(10);
+        }
+        QVERIFY(mixer->descriptor >= 0);
+        sExpandedReader reader(*mixer);
+        reader.Read(restored.size(), TIMEOUT);
+        QTRY_VERIFY_WITH_TIMEOUT(registry->GetSystemMIDIOutputNames().contains(kernelPorts.at(0)), TIMEOUT);
+        QCOMPARE(reader.Read(restored.size() + 1, 1000).toHex(' '), restored.toHex(' '));
+        const qint64 dinMs = std::max<qint64>(restored.size() - 3, 0) * 1000 / cMixerStateRestorer::DIN_BYTES_PER_SECOND;
+        qInfo("%d bytes restored in %lld ms", static_cast<int>(restored.size()), reader.lastArrival);
+        QVERIFY2(reader.lastArrival >= dinMs,
+            qPrintable(QStringLiteral("%1 ms for %2 ms at DIN speed").arg(reader.lastArrival).arg(dinMs)));
     }
 
     // A DAW that stops reading fills its input pool and the kernel refuses

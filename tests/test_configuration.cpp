@@ -3,8 +3,10 @@
 // the platform, so they reach the matchers through the queued notification.
 
 #include "Common/MIDI/MIDIInputMatcher.h"
+#include "MIDITranslator/MixerStateRestorer.h"
 #include "support/TranslatorFixture.h"
 
+#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -13,6 +15,18 @@
 namespace
 {
 const char* const SOURCE = "MIDITranslator/MIDITranslatorConfiguration.cpp";
+
+std::vector<unsigned char> Bytes(const QString& hex)
+{
+    const QByteArray bytes = MIDIBytes(hex);
+    return std::vector<unsigned char>(bytes.begin(), bytes.end());
+}
+
+// A byte as the rules' strings write it.
+QString Hex(int byte)
+{
+    return QStringLiteral("%1").arg(byte, 2, 16, QLatin1Char('0')).toUpper();
+}
 }
 
 class tConfiguration : public QObject
@@ -232,6 +246,132 @@ private slots:
 
         configuration->LoadFromFile(TestDataFile("config/translator.json"));
         QCOMPARE(fixture->Through("Desk", {"B0 07 64"}, "Tessera DAW"), QStringList{"E0 04 64"});
+    }
+
+    // What was written towards the console, given back: the last message of
+    // each control, in the order they were last written.
+    void RemembersTheLastValueOfEachControl_data()
+    {
+        QTest::addColumn<QString>("written");
+        QTest::addColumn<QString>("restored");
+        QTest::newRow("controllers") << "B0 07 10 B0 08 20 B0 07 30 B1 07 40" << "B0 08 20 B0 07 30 B1 07 40";
+        QTest::newRow("running status") << "B0 07 10 08 20" << "B0 07 10 B0 08 20";
+        QTest::newRow("a lamp lit and put out") << "90 10 7F 90 11 7F 80 10 00" << "90 11 7F 80 10 00";
+        QTest::newRow("pitch bend, pressure") << "E0 00 40 D0 22 E1 01 01 E0 7F 7F D0 23" << "E1 01 01 E0 7F 7F D0 23";
+        QTest::newRow("nothing else") << "F0 7D 01 02 F7 C0 05 A0 10 20 F2 10 20 B0 07 F8 11 FE" << "B0 07 11";
+        QTest::newRow("parameters") << "B0 63 00 B0 62 01 B0 06 40 B0 26 10 B0 63 00 B0 62 02 B0 06 50 B0 06 41"
+                                    << "B0 63 00 B0 62 01 B0 06 40 B0 26 10 B0 63 00 B0 62 02 B0 06 41";
+        QTest::newRow("a parameter unselected or stepped") << "B0 65 00 B0 64 00 B0 06 02 B0 65 7F B0 64 7F B0 06 09 "
+                                                              "B0 63 00 B0 62 05 B0 06 10 B0 60 01"
+                                                           << "B0 65 00 B0 64 00 B0 06 02";
+        QTest::newRow("data entry for no parameter") << "B0 06 40 B0 60 01" << "B0 06 40 B0 60 01";
+        // One more parameter than are kept: the first one written gives way.
+        QStringList parameters;
+        for (int number = 0; number <= cMIDIControlMemory::MAXIMUM_PARAMETERS; ++number)
+        {
+            parameters.append("B0 63 " + Hex(number >> 7) + " B0 62 " + Hex(number & 0x7F) + " B0 06 00");
+        }
+        QTest::newRow("bounded") << parameters.join(' ') << parameters.mid(1).join(' ');
+    }
+
+    void RemembersTheLastValueOfEachControl()
+    {
+        QFETCH(QString, written);
+        QFETCH(QString, restored);
+        cMixerStateRestorer* restorer = configuration->GetMixerStateRestorer();
+        restorer->SetEnabled(true);
+        restorer->Remember(Bytes(written));
+        restorer->LinkConnected(QStringLiteral("Stage"));
+        QCOMPARE(HexWrites(desk->TakeWrittenData()), QStringList(restored));
+    }
+
+    // An interface replugged: it gets what was written while it was away
+    // too, at the pace of a DIN cable, and a value the DAW sets meanwhile
+    // stays as set.
+    void ReturningPortGetsItsStateAtDINPace()
+    {
+        configuration->SetMixerOutputPortName(QStringLiteral("Desk B"));
+        configuration->GetMixerStateRestorer()->SetEnabled(true);
+        // "Select" writes a controller for each note: all but those that
+        // select a parameter and give its value.
+        QStringList notes;
+        QStringList controllers;
+        for (int number = 0; number < 128; ++number)
+        {
+            if (number != 6 && number != 38 && (number < 96 || number > 101))
+            {
+                notes.append("90 " + Hex(number) + " 01");
+                controllers.append("B0 " + Hex(number) + " 01");
+            }
+        }
+        cMIDIInputOutputMemory* daw = fixture->Port("Tessera DAW");
+        fixture->Feed(daw, notes.mid(0, 60));
+        registry->RemoveSystemInputOutput(QStringLiteral("Desk B"));
+        fixture->Feed(daw, notes.mid(60));
+
+        QElapsedTimer clock;
+        clock.start();
+        registry->AddSystemInputOutput(QStringLiteral("Desk B"));
+        fixture->Feed(daw, {"90 7F 02"});
+        QStringList received;
+        QTRY_VERIFY_WITH_TIMEOUT((received += HexWrites(fixture->Port("Desk B")->TakeWrittenData()),
+                                  received.join(' ').size() >= controllers.join(' ').size()), 5000);
+        const qint64 elapsed = clock.elapsed();
+        QTest::qWait(50);
+        QVERIFY(fixture->Port("Desk B")->TakeWrittenData().isEmpty());
+        QVERIFY(received.removeOne("B0 7F 02"));
+        QCOMPARE(received.join(' '), controllers.mid(0, controllers.size() - 1).join(' '));
+        const qint64 dinMs = (controllers.size() - 2) * 3 * 1000 / cMixerStateRestorer::DIN_BYTES_PER_SECOND;
+        QVERIFY2(elapsed >= dinMs, qPrintable(QStringLiteral("%1 ms for %2 ms at DIN speed").arg(elapsed).arg(dinMs)));
+    }
+
+    // The state goes only to the console it came from, and is written again
+    // only by the rules that wrote it.
+    void ForgetsWhatAnotherConsoleMustNotGet_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QString>("restored");
+        QTest::newRow("none") << "none" << "B0 10 7F";
+        QTest::newRow("rule file loaded") << "rule file" << "";
+        QTest::newRow("variable set") << "variable" << "";
+        QTest::newRow("output pointed elsewhere and back") << "output" << "";
+        QTest::newRow("another console on the link") << "console" << "";
+        QTest::newRow("turned off and on") << "off" << "";
+    }
+
+    void ForgetsWhatAnotherConsoleMustNotGet()
+    {
+        QFETCH(QString, change);
+        QFETCH(QString, restored);
+        cMixerStateRestorer* restorer = configuration->GetMixerStateRestorer();
+        restorer->SetEnabled(true);
+        restorer->LinkConnected(QStringLiteral("Stage"));
+        QCOMPARE(fixture->Through("Tessera DAW", {"90 10 7F"}, "Desk"), QStringList("B0 10 7F"));
+        QString console = QStringLiteral("Stage");
+        if (change == "rule file")
+        {
+            configuration->LoadFromFile(TestDataFile("config/translator.json"));
+        }
+        else if (change == "variable")
+        {
+            configuration->SetVariableValue(QStringLiteral("n"), 0);
+        }
+        else if (change == "output")
+        {
+            configuration->SetMixerOutputPortName(QStringLiteral("Desk B"));
+            configuration->SetMixerOutputPortName(QStringLiteral("Desk"));
+        }
+        else if (change == "console")
+        {
+            console = QStringLiteral("Stage Right");
+        }
+        else if (change == "off")
+        {
+            restorer->SetEnabled(false);
+            restorer->SetEnabled(true);
+        }
+        restorer->LinkConnected(console);
+        QCOMPARE(HexWrites(desk->TakeWrittenData()).join(' '), restored);
     }
 
 private:

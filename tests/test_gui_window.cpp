@@ -97,6 +97,17 @@ bool LampIsLit(QWidget* lamp)
     return lamp->grab().toImage().pixelColor(4, 4) == Qt::black;
 }
 
+// The MIDI that mixer-sim has received, one message each.
+QStringList Received(cMixerSimProcess& sim)
+{
+    QStringList messages;
+    for (const QString& line : sim.Lines().filter(" in  "))
+    {
+        messages.append(line.section(" in  ", 1));
+    }
+    return messages;
+}
+
 // An address of this machine besides loopback, for a mixer that comes back
 // somewhere else on the network.
 QHostAddress OtherLocalAddress()
@@ -221,8 +232,8 @@ private slots:
         {
             texts.append(action->isSeparator() ? QStringLiteral("--") : action->text());
         }
-        QCOMPARE(texts, QStringList({"&Show Preferences", "MIDI Monitor", "--", "Stay Connected", "Start at Login", "--",
-                            "&Help", "&About", "--", "&Quit"}));
+        QCOMPARE(texts, QStringList({"&Show Preferences", "MIDI Monitor", "--", "Stay Connected",
+                            "Resend State on Reconnect", "Start at Login", "--", "&Help", "&About", "--", "&Quit"}));
         // tessera(1) tells what each entry does.
         const QString manPage = QString::fromUtf8(ReadFile(TestDataFile("../../docs/man/tessera.1.md")));
         for (const QString& text : texts.filter(QRegularExpression("^[^-]")))
@@ -706,6 +717,96 @@ private slots:
         sim = std::make_unique<cMixerSimProcess>(stageLeft + QStringList(elsewhere.toString()));
         QVERIFY(!sim->WaitForLine("^connected ", 1500));
         QVERIFY(t.Connect()->isChecked());
+    }
+
+    // A console that went dark shows what the DAW last sent it once it is
+    // back: within a second of the link's return, the last value of each
+    // control, once, shown in the monitor as restored. Not with the option
+    // off, nor after another rule file was loaded or Connect was unticked,
+    // nor to another unit.
+    void ConsoleGetsTheDAWsStateBack_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QStringList>("restored");
+        QTest::newRow("as it was") << "" << QStringList({"B1 11 30", "B1 12 40", "B1 10 50", "91 20 7F", "91 21 7F"});
+        QTest::newRow("option off") << "option" << QStringList();
+        QTest::newRow("rule file changed") << "protocol" << QStringList();
+        QTest::newRow("Connect unticked and ticked") << "untick" << QStringList();
+        QTest::newRow("another unit") << "unit" << QStringList();
+    }
+
+    void ConsoleGetsTheDAWsStateBack()
+    {
+        QFETCH(QString, change);
+        QFETCH(QStringList, restored);
+        Store({{"MixerType", "Tx-16"}, {"Tx-16/Mode", "TCP"}, {"Tx-16/TryConnect", "true"},
+            {"Tx-16/Connection/DefaultUnitName", "Stage Left"}, {"Tx-16/Connection/DefaultUnitIP", "127.0.0.1"}});
+        const QStringList stageLeft({"--find", "TX Find", "--name", "Stage Left", "--address", "127.0.0.1"});
+        auto sim = std::make_unique<cMixerSimProcess>(stageLeft);
+        cMixerSimProcess stageRight({"--find", "TX Find", "--name", "Stage Right", "--address", "127.0.0.2"});
+        QVERIFY(sim->IsListening() && stageRight.IsListening());
+        cWindowUnderTest t;
+        QTRY_COMPARE_WITH_TIMEOUT(t.Status(), QStringLiteral("Connected"), 10000);
+        t.Action("MIDI Monitor")->trigger();
+        auto* rows = static_cast<cMIDIMonitorModel*>(t.window->findChild<QTreeView*>()->model());
+
+        // Three faders, one of them moved twice, and two lamps.
+        t.Port(DAW_PORT)->ReceiveMIDIData(QByteArray::fromHex("B11010B11130B11240B1105091207F91217F"));
+        QVERIFY(sim->WaitForLine(" in  91 21 7F$"));
+        QAction* option = t.Action("Resend State on Reconnect");
+        QVERIFY(option->isChecked());
+        if (change == "option")
+        {
+            option->trigger();
+            QCOMPARE(QSettings().value("Tx-16/ResendState").toString(), QStringLiteral("false"));
+        }
+        else if (change == "protocol")
+        {
+            Choose(t.Protocol(), "Note Protocol");
+            Choose(t.Protocol(), "Fader Protocol");
+            QVERIFY(sim->WaitForLine("^connected "));
+        }
+        else if (change == "untick")
+        {
+            t.Connect()->click();
+            QVERIFY(sim->WaitForLine("^disconnected"));
+            t.Connect()->click();
+            QVERIFY(sim->WaitForLine("^connected "));
+        }
+        else if (change == "unit")
+        {
+            t.Connect()->click();
+            Choose(t.Units(), "Stage Right");
+            t.Connect()->click();
+            QVERIFY(stageRight.WaitForLine("^connected "));
+        }
+        QTRY_COMPARE(t.Status(), QStringLiteral("Connected"));
+        QTest::qWait(300);
+        QCOMPARE(Received(*sim).size(), 6);
+        QCOMPARE(Received(stageRight), QStringList());
+        if (change == "unit")
+        {
+            return;
+        }
+
+        sim->Process().kill();
+        QTRY_VERIFY(t.Status().startsWith("Not Connected, next try in "));
+        sim = std::make_unique<cMixerSimProcess>(stageLeft);
+        QTRY_COMPARE_WITH_TIMEOUT(t.Status(), QStringLiteral("Connected"), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(Received(*sim), restored, 1000);
+        QTest::qWait(500);
+        QCOMPARE(Received(*sim), restored);
+        QStringList restoredRows;
+        for (int row = 0; row < rows->rowCount(); ++row)
+        {
+            const QStringList cells = rows->GetRowText(row).split('\t');
+            if (cells.last() == "restored")
+            {
+                QCOMPARE(cells.mid(1, 2), QStringList({"out", "Mixer Out (TCP 127.0.0.1)"}));
+                restoredRows.append(cells.at(3));
+            }
+        }
+        QCOMPARE(restoredRows, restored);
     }
 
 private:

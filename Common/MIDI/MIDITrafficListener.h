@@ -24,6 +24,10 @@ public:
     virtual void MIDIRuleTriggered(int identifier, const std::vector<unsigned char>& matchedBytes) = 0;
     // The output of the rule just triggered, written to one existing port.
     virtual void MIDIMessageWritten(const QString& outputName, const QByteArray& message) = 0;
+    // A message written to the mixer again, with no rule triggered: the
+    // last value of a control, given back to a console that lost it.
+    // Only the monitor shows these.
+    virtual void MIDIMessageRestored(const QString& /*outputName*/, const QByteArray& /*message*/) {}
 };
 
 #endif
