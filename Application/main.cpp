@@ -33,23 +33,43 @@ const char* const HELP =
 const int TRAY_WAIT_MS = 30000;
 const int TRAY_CHECK_INTERVAL_MS = 500;
 
+int UnknownArgument(const char* argument)
+{
+    std::fprintf(stderr, "tessera: unknown argument: %s\n%s", argument, USAGE);
+    return 2;
+}
+
 // Tessera has no options of its own; these are answered with no display and
 // without a word to a running Tessera. Returns the exit status.
 int AnswerArguments(int argc, char* argv[])
 {
-    if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
+    const bool help = std::strcmp(argv[1], "--help") == 0;
+    if (!help && std::strcmp(argv[1], "--version") != 0)
+    {
+        return UnknownArgument(argv[1]);
+    }
+    if (argc > 2)
+    {
+        return UnknownArgument(argv[2]);
+    }
+    if (help)
     {
         std::fputs(USAGE, stdout);
         std::fputs(HELP, stdout);
-        return 0;
     }
-    if (argc == 2 && std::strcmp(argv[1], "--version") == 0)
+    else
     {
         std::printf("Tessera %s\n", TESSERA_VERSION_STRING);
-        return 0;
     }
-    std::fprintf(stderr, "tessera: unknown argument: %s\n%s", argv[1], USAGE);
-    return 2;
+    return 0;
+}
+
+// Options with a single dash are Qt's, which QApplication takes out of argv:
+// a desktop that restores its session starts us with "-session ID", and a
+// user may give "-platform" or "-display".
+bool IsQtOption(const char* argument)
+{
+    return argument[0] == '-' && argument[1] != '-' && argument[1] != '\0';
 }
 
 bool WaitForSystemTray()
@@ -82,7 +102,7 @@ cSystemMIDIConfiguration* NewSystemMIDIConfiguration()
 
 int main(int argc, char* argv[])
 {
-    if (argc > 1)
+    if (argc > 1 && !IsQtOption(argv[1]))
     {
         return AnswerArguments(argc, argv);
     }
@@ -95,6 +115,10 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName(PRODUCT_NAME_STRING);
 
     QApplication application(argc, argv);
+    if (argc > 1)
+    {
+        return UnknownArgument(argv[1]);
+    }
 
     cSingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
     if (!instance.Claim())

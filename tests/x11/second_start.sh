@@ -2,9 +2,9 @@
 # One Tessera per session. A copy kept connected to a mixer (mixer-sim beside
 # tessera, on a loopback address) is started again: the second start ends
 # with status 0 within two seconds, the first shows its preferences window,
-# and the mixer sees no second connection. --help and --version answer with
-# no display and leave the running copy alone; any other argument is a usage
-# error.
+# and the mixer sees no second connection, also when the desktop adds Qt's
+# -session option. --help and --version answer with no display and leave the
+# running copy alone; any other argument is a usage error.
 #   second_start.sh PATH/TO/tessera
 source "$(dirname "$0")/x11-session.sh"
 x11_require_private_network
@@ -52,6 +52,10 @@ sleep 2
 [[ $(grep -c '^connected ' "$X11_WORK/mixer.log") == 1 ]] ||
     x11_fail "the mixer saw another connection: $(cat "$X11_WORK/mixer.log")"
 kill -0 "$X11_TESSERA" || x11_fail "the first copy is gone"
+
+# A desktop that restores its session starts us with Qt's own option.
+timeout 5 "$tessera" -session 10a1b2c3d4 >"$X11_WORK/restored.log" 2>&1 ||
+    x11_fail "a start with -session ended with status $?: $(cat "$X11_WORK/restored.log")"
 
 x11_tray_menu "$X11_ICON" q
 x11_expect_exit 0
