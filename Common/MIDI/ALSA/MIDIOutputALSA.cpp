@@ -4,11 +4,6 @@
 
 #include <alsa/asoundlib.h>
 
-namespace
-{
-const qint64 SUBSCRIBE_RETRY_INTERVAL_MS = 1000;
-}
-
 cMIDIOutputALSA::cMIDIOutputALSA(const QString& name, sPortAddressALSA address)
     : name(name),
       address(address),

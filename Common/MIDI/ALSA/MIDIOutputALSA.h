@@ -18,6 +18,8 @@
 class cMIDIOutputALSA : public cMIDIOutput
 {
 public:
+    static const int SUBSCRIBE_RETRY_INTERVAL_MS = 1000;
+
     cMIDIOutputALSA(const QString& name, sPortAddressALSA address);
 
     void WriteMIDIData(QByteArray& data) override;
