@@ -82,9 +82,10 @@ tessera_in_private_network() {
         $addresses == "lo=127.0.0.1/8 tessera0=10.213.0.1/24 tessera1=10.213.0.2/24 " ]]
 }
 
-# For test scripts that send datagrams or connect beyond loopback: ends the
-# script with status 1, saying how to run it, unless it runs in the private
-# network. To be called before anything is started.
+# For tests that send datagrams or connect beyond loopback, scripts and test
+# programs alike: ends the shell with status 1, saying how to run the test
+# named by $1, unless it runs in the private network. To be called before
+# anything is started.
 tessera_require_private_network() {
     tessera_in_private_network && return
     cat >&2 <<MESSAGE
