@@ -12,6 +12,7 @@
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "MIDITranslator/MixerStateRestorer.h"
+#include "bench/RuleFile.h"
 
 #ifdef TESSERA_BENCH_MONITOR
 #include "Application/MIDIMonitorWindow.h"
@@ -20,7 +21,6 @@
 #endif
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -156,15 +156,12 @@ struct sControlSurface
     bool Load(benchmark::State& state)
     {
         QTemporaryDir directory;
-        const QString path = directory.filePath(QStringLiteral("control_surface.json"));
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
+        const QString path = WriteRuleFile(directory, ControlSurfaceRuleFile().toJson().constData());
+        if (path.isEmpty())
         {
             state.SkipWithError("cannot write the rule file");
             return false;
         }
-        file.write(ControlSurfaceRuleFile().toJson());
-        file.close();
         registry->AddInternalInputOutput(QStringLiteral("Desk"), &desk);
         registry->AddInternalInputOutput(QStringLiteral("Bench DAW"), &daw);
         configuration.LoadFromFile(path);

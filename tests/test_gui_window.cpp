@@ -235,7 +235,7 @@ private slots:
         QCOMPARE(texts, QStringList({"&Show Preferences", "MIDI Monitor", "--", "Stay Connected",
                             "Resend State on Reconnect", "Start at Login", "--", "&Help", "&About", "--", "&Quit"}));
         // tessera(1) tells what each entry does.
-        const QString manPage = QString::fromUtf8(ReadFile(TestDataFile("../../docs/man/tessera.1.md")));
+        const QString manPage = QString::fromUtf8(ReadFile(QStringLiteral(TESSERA_SOURCE_DIR "/docs/man/tessera.1.md")));
         for (const QString& text : texts.filter(QRegularExpression("^[^-]")))
         {
             QVERIFY2(manPage.contains("\n**" + QString(text).remove('&') + "**\n:   "), qPrintable(text));
