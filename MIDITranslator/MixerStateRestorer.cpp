@@ -21,7 +21,6 @@ cMixerStateRestorer::cMixerStateRestorer(cMIDITranslatorConfiguration* configura
     pace.setTimerType(Qt::PreciseTimer);
     connect(&pace, &QTimer::timeout, this, &cMixerStateRestorer::SendDue);
     connect(registry, &cSystemMIDIConfiguration::OutputAddedSignal, this, &cMixerStateRestorer::OutputAdded);
-    connect(registry, &cSystemMIDIConfiguration::OutputRemovedSignal, this, &cMixerStateRestorer::OutputRemoved);
 }
 
 void cMixerStateRestorer::SetEnabled(bool enabled)
@@ -68,15 +67,6 @@ void cMixerStateRestorer::OutputAdded(const QString& name)
     }
 }
 
-// Whatever is still to go is given in full when the port is back.
-void cMixerStateRestorer::OutputRemoved(const QString& name)
-{
-    if (name == configuration->GetMixerOutputPortName())
-    {
-        Stop();
-    }
-}
-
 void cMixerStateRestorer::Restore(int newBytesPerSecond)
 {
     if (!memory)
@@ -106,6 +96,8 @@ void cMixerStateRestorer::SendDue()
             sentBytes += pending[next].message.size();
         }
     }
+    // A port that went away meanwhile ends the restore; it starts again in
+    // full when the port is back.
     if ((!messages.isEmpty() && !configuration->WriteToMixerOutput(messages)) || next == pending.size())
     {
         Stop();

@@ -51,7 +51,6 @@ public:
 
 private:
     void OutputAdded(const QString& name);
-    void OutputRemoved(const QString& name);
     // 0 bytes a second: all at once.
     void Restore(int bytesPerSecond);
     void SendDue();
