@@ -69,12 +69,12 @@ void cMIDITranslatorConfiguration::LoadFromFile(QString path)
     ProcessRulesArray(top.value(QStringLiteral("rules")).toArray());
     ResolveOutgoingPorts();
     CreateMIDIInputMatchers();
-    DescribeWhatIsMissing(document, top);
+    DescribeWhatIsMissing();
 }
 
 // Rules left out are skipped silently or with a trace line each, which only a
 // terminal shows: the user is told how many, and where to find out why.
-void cMIDITranslatorConfiguration::DescribeWhatIsMissing(const QJsonDocument& document, const QJsonObject& top)
+void cMIDITranslatorConfiguration::DescribeWhatIsMissing()
 {
     if (!loadProblem.isEmpty())
     {
@@ -95,7 +95,7 @@ void cMIDITranslatorConfiguration::DescribeWhatIsMissing(const QJsonDocument& do
     } sections[] = {{"rules", static_cast<int>(rules.size())}, {"variables", static_cast<int>(variables.size())}};
     for (const auto& section : sections)
     {
-        const QJsonArray array = top.value(QLatin1String(section.key)).toArray();
+        const QJsonArray array = document.object().value(QLatin1String(section.key)).toArray();
         const int objects = static_cast<int>(
             std::count_if(array.begin(), array.end(), [](const QJsonValue& element) { return element.isObject(); }));
         if (objects > section.loaded)

@@ -93,7 +93,7 @@ private:
     void ProcessPortAliasObject(QJsonObject object);
     void ProcessVariablesArray(QJsonArray array);
     void ProcessRulesArray(QJsonArray array);
-    void DescribeWhatIsMissing(const QJsonDocument& document, const QJsonObject& top);
+    void DescribeWhatIsMissing();
     void CreateMIDIInputMatchers();
     void DestroyMIDIInputMatchers();
     void ResolveOutgoingPorts();
