@@ -1,31 +1,19 @@
 #include "tools/tessera-rules/RuleFileText.h"
 
 #include "MIDITranslator/JsonFile.h"
-
-#include <QFile>
-#include <QJsonDocument>
+#include "tools/tessera-rules/TraceSilencer.h"
 
 cRuleFileText::cRuleFileText(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    QJsonDocument document;
     {
-        problem = QStringLiteral("%1: cannot be read: %2").arg(path, file.errorString());
-        return;
+        // The problem is said once, in the checker's words, not as a trace.
+        const cTraceSilencer silencer;
+        document = ReadJsonDocumentFromFile(path, &problem);
     }
-    const QByteArray text = file.readAll();
-
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
-    if (error.error != QJsonParseError::NoError)
-    {
-        problem = DescribeJsonSyntaxError(path, text, error);
-        return;
-    }
-    if (!document.isObject())
+    if (problem.isEmpty() && !document.isObject())
     {
         problem = QStringLiteral("%1: the top level is not a JSON object").arg(path);
-        return;
     }
     topLevelObject = document.object();
 }

@@ -7,6 +7,7 @@
 #include "Common/MIDI/Text/MIDIMessageDescription.h"
 #include "MIDITranslator/MIDITranslatorConfiguration.h"
 #include "tools/tessera-rules/RuleFileText.h"
+#include "tools/tessera-rules/TraceSilencer.h"
 
 #include <QCoreApplication>
 
@@ -105,6 +106,8 @@ cRuleReplay::cRuleReplay(const QString& file)
     fileProblem = text.GetProblem();
     if (fileProblem.isEmpty())
     {
+        // Standard output carries only the replay's writes.
+        const cTraceSilencer silencer;
         configuration->LoadFromFile(file);
     }
 }
@@ -117,6 +120,11 @@ cRuleReplay::~cRuleReplay()
 QString cRuleReplay::GetFileProblem() const
 {
     return fileProblem;
+}
+
+QString cRuleReplay::GetLoadProblem() const
+{
+    return configuration->GetLoadProblem();
 }
 
 // Rules know a variable by its letter, the window by its descriptive name: a

@@ -26,6 +26,9 @@ public:
 
     // Empty when the file loaded, else what is wrong with its text.
     QString GetFileProblem() const;
+    // Empty when every rule and variable loaded, else how many were left
+    // out: the replay goes on with the rest.
+    QString GetLoadProblem() const;
 
     // Gives a global variable one of its values, as choosing it in the window
     // does. Returns what is wrong when the file has no variable of that name

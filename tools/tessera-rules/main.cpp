@@ -202,6 +202,10 @@ int Replay(const QStringList& arguments)
         std::cerr << qPrintable(replay.GetFileProblem()) << std::endl;
         return 1;
     }
+    if (!replay.GetLoadProblem().isEmpty())
+    {
+        std::cerr << qPrintable(replay.GetLoadProblem()) << std::endl;
+    }
     // Whether a name and a value are the file's can only be told once it is loaded.
     for (const QString& setting : settings)
     {
