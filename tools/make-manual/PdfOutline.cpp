@@ -62,6 +62,11 @@ struct sItem
 
 bool cPdfOutline::Append(const QString& path, const QList<sEntry>& entries, QString& error)
 {
+    // An outline without entries would have to point at nothing.
+    if (entries.isEmpty())
+    {
+        return true;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite))
     {
