@@ -12,6 +12,8 @@
 X11_SCREEN=1280x800x24
 source "$(dirname "$0")/x11-session.sh"
 x11_require_private_network
+# The machine it runs in has no way out to install it from.
+command -v import >/dev/null || { echo "screenshots.sh: ImageMagick's import is missing; install imagemagick" >&2; exit 1; }
 tessera=$1
 output=$2
 mkdir -p "$output"
