@@ -119,19 +119,9 @@ QHostAddress cTCPMIDIConnectionPolicy::GetAddress() const
     return address;
 }
 
-qint64 cTCPMIDIConnectionPolicy::GetNextTryMs() const
-{
-    return nextTryMs;
-}
-
 qint64 cTCPMIDIConnectionPolicy::GetMsUntilNextTry() const
 {
     return std::max<qint64>(nextTryMs - retryTimer->GetNowMs(), 0);
-}
-
-int cTCPMIDIConnectionPolicy::GetRetryDelayMs() const
-{
-    return retryDelayMs;
 }
 
 bool cTCPMIDIConnectionPolicy::HoldsUnitList(const QList<sUnit>& foundUnits) const
@@ -174,9 +164,8 @@ void cTCPMIDIConnectionPolicy::LinkStateChanged()
                 nextDelayMs = FIRST_RETRY_DELAY_MS;
             }
             connectedSinceMs = -1;
-            retryDelayMs = nextDelayMs;
-            nextTryMs = retryTimer->GetNowMs() + retryDelayMs;
-            retryTimer->Start(retryDelayMs);
+            nextTryMs = retryTimer->GetNowMs() + nextDelayMs;
+            retryTimer->Start(nextDelayMs);
             nextDelayMs = std::min(nextDelayMs * 2, LONGEST_RETRY_DELAY_MS);
             // Announced even when the state stays Retrying: the next try moved.
             state = eState::Retrying;

@@ -31,7 +31,7 @@ public:
         WaitingForUnit,  // unticked; ticked by itself once the saved unit is chosen
         Connecting,
         Connected,
-        Retrying,        // the link is down and is tried again at GetNextTryMs()
+        Retrying,        // the link is down and is tried again in GetMsUntilNextTry()
         Down             // the link is down and stays so until Connect is ticked anew
     };
     Q_ENUM(eState)
@@ -69,12 +69,8 @@ public:
     // and the address it was connected to.
     QString GetUnitName() const;
     QHostAddress GetAddress() const;
-    // On the timer's clock; meaningful while Retrying.
-    qint64 GetNextTryMs() const;
-    // How long until then; meaningful while Retrying.
+    // How long until the next try; meaningful while Retrying.
     qint64 GetMsUntilNextTry() const;
-    // The wait that led to the next try, as it was when it was set.
-    int GetRetryDelayMs() const;
     // Whether a new list of found units should be left unshown for now: a
     // unit list stays as it is while a retry is pending, so that the saved
     // unit is still tried after it has stopped answering, unless the saved
@@ -117,7 +113,6 @@ private:
     QHostAddress address;
 
     int nextDelayMs = FIRST_RETRY_DELAY_MS;
-    int retryDelayMs = 0;
     qint64 nextTryMs = 0;
     // When the link last came up; negative while it is not up.
     qint64 connectedSinceMs = -1;

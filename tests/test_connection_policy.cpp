@@ -62,8 +62,7 @@ struct sPolicyUnderTest
             states.append(state);
             if (state == eState::Retrying)
             {
-                delays.append(policy.GetRetryDelayMs());
-                QCOMPARE(policy.GetNextTryMs(), timer->GetNowMs() + policy.GetRetryDelayMs());
+                delays.append(static_cast<int>(policy.GetMsUntilNextTry()));
             }
         });
     }
