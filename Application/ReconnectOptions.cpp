@@ -14,7 +14,7 @@ cReconnectOptions::cReconnectOptions(const cSettingsKeys& keys, cTrayMenu* trayM
 {
     connect(trayMenu, &cTrayMenu::StayConnectedTriggered, this, &cReconnectOptions::StayConnectedChosen);
     connect(trayMenu, &cTrayMenu::ResendStateTriggered, this, &cReconnectOptions::ResendStateChosen);
-    connect(policy, &cTCPMIDIConnectionPolicy::StateChanged, this, &cReconnectOptions::PolicyStateChanged);
+    connect(policy, &cTCPMIDIConnectionPolicy::LinkUp, this, &cReconnectOptions::LinkUp);
     // Only the user's own click: the program unticks it in many flows, some
     // of which tick it again for the same console at once.
     connect(connectBox, &QAbstractButton::clicked, this, [this](bool ticked) {
@@ -56,11 +56,8 @@ void cReconnectOptions::LoadResendState(bool stayConnected)
 
 // A unit found on the network is the same console wherever it answers from;
 // a typed address is a console of its own.
-void cReconnectOptions::PolicyStateChanged(cTCPMIDIConnectionPolicy::eState state)
+void cReconnectOptions::LinkUp()
 {
-    if (state == cTCPMIDIConnectionPolicy::eState::Connected)
-    {
-        const QString unit = policy->GetUnitName();
-        restorer->LinkConnected(unit == CUSTOM_UNIT_STRING ? policy->GetAddress().toString() : unit);
-    }
+    const QString unit = policy->GetUnitName();
+    restorer->LinkConnected(unit == CUSTOM_UNIT_STRING ? policy->GetAddress().toString() : unit);
 }

@@ -32,7 +32,7 @@ private:
     void StayConnectedChosen(bool on);
     void ResendStateChosen(bool on);
     void LoadResendState(bool stayConnected);
-    void PolicyStateChanged(cTCPMIDIConnectionPolicy::eState state);
+    void LinkUp();
 
     const cSettingsKeys& keys;
     cTrayMenu* trayMenu;

@@ -18,6 +18,14 @@ cTCPMIDIConnectionPolicy::cTCPMIDIConnectionPolicy(cTCPMIDIInptOutput* link, cRe
     // from inside one of its signals.
     connect(link, &cTCPMIDIInptOutput::StateStringChanged, this, &cTCPMIDIConnectionPolicy::LinkStateChanged,
         Qt::QueuedConnection);
+    // Direct, unlike the state: by the time a queued call ran, the DAW could
+    // already have written over the new link, ahead of what is to go first.
+    connect(link, &cTCPMIDIInptOutput::StateStringChanged, this, [this]() {
+        if (this->link->IsConnected())
+        {
+            emit LinkUp();
+        }
+    });
 }
 
 void cTCPMIDIConnectionPolicy::Connect(const QString& newUnitName, const QHostAddress& newAddress)

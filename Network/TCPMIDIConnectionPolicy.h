@@ -81,6 +81,9 @@ signals:
     void StateChanged(cTCPMIDIConnectionPolicy::eState state);
     // Stay Connected wants the chosen unit connected: the owner ticks Connect.
     void ConnectWanted();
+    // The link has just come up, told before anything else can be written
+    // over it: what is to reach the mixer first goes out from here.
+    void LinkUp();
     // The user has let go of the link: the unit list, kept as it was while
     // the link was up or kept, is to show what the finder has found by now.
     void UnitListReleased();

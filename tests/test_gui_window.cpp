@@ -11,6 +11,7 @@
 #include "Application/MainWindow.h"
 #include "Common/MIDI/Memory/MIDIInputOutputMemory.h"
 #include "Common/MIDI/Memory/SystemMIDIConfigurationMemory.h"
+#include "Network/TCPMIDIInptOutput.h"
 #include "support/MixerSimProcess.h"
 #include "support/PrivateNetwork.h"
 #include "support/ProgramSettings.h"
@@ -789,13 +790,23 @@ private slots:
             return;
         }
 
+        // The DAW moves a fader the moment the link is back: the console gets
+        // it once, after what it is given back.
         sim->Process().kill();
         QTRY_VERIFY(t.Status().startsWith("Not Connected, next try in "));
+        auto* link = t.window->findChild<cTCPMIDIInptOutput*>();
+        QObject::connect(link, &cTCPMIDIInptOutput::StateStringChanged, t.window.get(), [&t, link]() {
+            if (link->IsConnected())
+            {
+                t.Port(DAW_PORT)->ReceiveMIDIData(QByteArray::fromHex("B11060"));
+            }
+        });
         sim = std::make_unique<cMixerSimProcess>(stageLeft);
         QTRY_COMPARE_WITH_TIMEOUT(t.Status(), QStringLiteral("Connected"), 10000);
-        QTRY_COMPARE_WITH_TIMEOUT(Received(*sim), restored, 1000);
+        const QStringList received = restored + QStringList("B1 10 60");
+        QTRY_COMPARE_WITH_TIMEOUT(Received(*sim), received, 1000);
         QTest::qWait(500);
-        QCOMPARE(Received(*sim), restored);
+        QCOMPARE(Received(*sim), received);
         QStringList restoredRows;
         for (int row = 0; row < rows->rowCount(); ++row)
         {
