@@ -4,6 +4,7 @@
 #include "Application/SettingsKeys.h"
 #include "Application/TrayMenu.h"
 #include "MIDITranslator/MixerStateRestorer.h"
+#include "Network/TCPMIDIConnectionPolicy.h"
 
 #include <QAbstractButton>
 #include <QSettings>

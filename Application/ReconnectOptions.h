@@ -1,13 +1,12 @@
 #ifndef RECONNECTOPTIONS_H
 #define RECONNECTOPTIONS_H
 
-#include "Network/TCPMIDIConnectionPolicy.h"
-
 #include <QObject>
 
 class QAbstractButton;
 class cMixerStateRestorer;
 class cSettingsKeys;
+class cTCPMIDIConnectionPolicy;
 class cTrayMenu;
 
 // The tray menu's two choices for a console that goes and comes back, kept
